@@ -1,0 +1,17 @@
+include(GoogleTest)
+
+# morvaltide_add_test(<folder> SOURCES <test files> LIBRARIES <targets under test>)
+#
+# One test program a folder; every GoogleTest case becomes a CTest case. The
+# shared main() of tests/support creates the offscreen application object.
+function(morvaltide_add_test folder)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  set(target test_${folder})
+  add_executable(${target} ${ARG_SOURCES})
+  target_link_libraries(${target} PRIVATE
+    morvaltide_build_options morvaltide_test_support ${ARG_LIBRARIES})
+  gtest_discover_tests(${target}
+    NO_PRETTY_VALUES
+    DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 300 LABELS "${ARG_LABELS}")
+endfunction()
