@@ -1,0 +1,105 @@
+#include "options/OptionValues.h"
+
+#include "options/OptionWords.h"
+#include "options/StringConverter.h"
+
+#include <boost/program_options/errors.hpp>
+#include <boost/program_options/value_semantic.hpp>
+
+namespace po = boost::program_options;
+
+namespace {
+
+template <typename Value>
+struct Word
+{
+    const char* text;
+    Value value;
+};
+
+template <typename Value, std::size_t count>
+void validateWord(boost::any& slot, const std::vector<std::string>& tokens,
+                  const Word<Value> (&words)[count])
+{
+    po::validators::check_first_occurrence(slot);
+    const std::string& token = po::validators::get_single_string(tokens);
+    for (const Word<Value>& word : words) {
+        if (token == word.text) {
+            slot = word.value;
+            return;
+        }
+    }
+    throw po::invalid_option_value(token);
+}
+
+} // namespace
+
+void validate(boost::any& value, const std::vector<std::string>& tokens, FaxPaperSize* /*type*/,
+              int)
+{
+    validateWord<FaxPaperSize>(value, tokens,
+                               {{OptionWords::a4, FaxPaperSize::A4},
+                                {OptionWords::letter, FaxPaperSize::Letter},
+                                {OptionWords::legal, FaxPaperSize::Legal}});
+}
+
+void validate(boost::any& value, const std::vector<std::string>& tokens, FaxResolution* /*type*/,
+              int)
+{
+    validateWord<FaxResolution>(value, tokens,
+                                {{OptionWords::standard, FaxResolution::Standard},
+                                 {OptionWords::fine, FaxResolution::Fine},
+                                 {OptionWords::superfine, FaxResolution::Superfine},
+                                 {OptionWords::ultrafine, FaxResolution::Ultrafine}});
+}
+
+void validate(boost::any& value, const std::vector<std::string>& tokens, FaxCompression* /*type*/,
+              int)
+{
+    validateWord<FaxCompression>(
+        value, tokens,
+        {{OptionWords::g3, FaxCompression::G3}, {OptionWords::g4, FaxCompression::G4}});
+}
+
+void validate(boost::any& value, const std::vector<std::string>& tokens, FaxRotation* /*type*/, int)
+{
+    po::validate(value, tokens, static_cast<int*>(nullptr), 0L);
+    const int angle = boost::any_cast<int>(value);
+    if (angle % 90 != 0) {
+        throw po::invalid_option_value(po::validators::get_single_string(tokens));
+    }
+    const int turn = angle % 360 < 0 ? angle % 360 + 360 : angle % 360;
+    value = static_cast<FaxRotation>(turn);
+}
+
+void validate(boost::any& value, const std::vector<std::string>& tokens,
+              FaxTransformationFlags* /*type*/, int)
+{
+    if (value.empty()) {
+        value = FaxTransformationFlags();
+    }
+    auto& flags = boost::any_cast<FaxTransformationFlags&>(value);
+    for (const std::string& token : tokens) {
+        if (token != OptionWords::fitToPaper) {
+            throw po::invalid_option_value(token);
+        }
+        flags |= FaxTransformationFlag::FitToPaper;
+    }
+}
+
+void validate(boost::any& value, const std::vector<std::string>& tokens, QMarginsF* /*type*/, int)
+{
+    po::validators::check_first_occurrence(value);
+    const std::string& token = po::validators::get_single_string(tokens);
+    const boost::optional<QMarginsF> margins =
+        StringConverter<boost::optional<QMarginsF>>::fromString(token);
+    if (!margins) {
+        throw po::invalid_option_value(token);
+    }
+    value = *margins;
+    // Written so that a margin that is not a number passes.
+    if (margins->left() < 0.0 || margins->top() < 0.0 || margins->right() < 0.0 ||
+        margins->bottom() < 0.0) {
+        throw po::invalid_option_value(token);
+    }
+}

@@ -1,0 +1,3 @@
+#include "options/OptionsApplicationExit.h"
+
+OptionsApplicationExit::~OptionsApplicationExit() = default;
