@@ -1,0 +1,22 @@
+#include "process/ChildProcess.h"
+
+#include <csignal>
+#include <cstdlib>
+
+#include <sys/prctl.h>
+#include <unistd.h>
+
+ChildProcess::ChildProcess(ProcessChannelMode channelMode) : m_parentPid(getpid())
+{
+    setProcessChannelMode(channelMode);
+}
+
+// Runs in the child between fork and exec: async-signal-safe calls only.
+void ChildProcess::setupChildProcess()
+{
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != m_parentPid) {
+        // The parent ended before the request was in force.
+        _exit(EXIT_FAILURE);
+    }
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QProcess>
+
+/// A child that does not outlive this program, however the program ends.
+class ChildProcess final : public QProcess
+{
+public:
+    explicit ChildProcess(ProcessChannelMode channelMode);
+
+protected:
+    void setupChildProcess() override;
+
+private:
+    qint64 m_parentPid;
+};

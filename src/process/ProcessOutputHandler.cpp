@@ -1,0 +1,3 @@
+#include "process/ProcessOutputHandler.h"
+
+ProcessOutputHandler::~ProcessOutputHandler() = default;

@@ -1,0 +1,87 @@
+#include "process/ProcessWrapper.h"
+
+#include "process/ChildProcess.h"
+#include "process/ProcessOutputHandler.h"
+
+#include <QByteArray>
+#include <QIODevice>
+#include <QString>
+
+namespace {
+
+bool hasSucceeded(const QProcess& process)
+{
+    return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+}
+
+} // namespace
+
+ProcessWrapper::ProcessWrapper(QProcess& process, int timeoutMs)
+    : m_process(process),
+      m_timeoutMs(timeoutMs)
+{
+}
+
+bool ProcessWrapper::execute(const QString& program, const QStringList& arguments) const
+{
+    m_process.start(program, arguments, QIODevice::ReadWrite);
+    if (!m_process.waitForFinished(m_timeoutMs)) {
+        return false;
+    }
+    return m_process.error() != QProcess::FailedToStart && hasSucceeded(m_process);
+}
+
+bool ProcessWrapper::execute(const QString& program, const QStringList& arguments,
+                             QByteArray* output) const
+{
+    const bool ok = execute(program, arguments);
+    if (ok && output != nullptr) {
+        *output = m_process.readAllStandardOutput();
+    }
+    return ok;
+}
+
+bool ProcessWrapper::execute(const QString& program, const QStringList& arguments,
+                             ProcessOutputHandler* handler) const
+{
+    m_process.start(program, arguments, QIODevice::ReadWrite);
+    if (!m_process.waitForStarted(m_timeoutMs)) {
+        return false;
+    }
+    if (handler != nullptr) {
+        bool isReady = true;
+        while (isReady) {
+            isReady = m_process.waitForReadyRead(m_timeoutMs);
+            // The last bytes of a child that ends at this very moment are read
+            // while the wait reports the end, so there may be some either way.
+            const QByteArray chunk = m_process.readAllStandardOutput();
+            if (!chunk.isEmpty() && !handler->processOutput(chunk)) {
+                break;
+            }
+        }
+    }
+    // A time-out is not looked at on purpose: what has arrived by then is
+    // judged by its receiver.
+    m_process.waitForFinished(m_timeoutMs);
+    return hasSucceeded(m_process);
+}
+
+bool ProcessWrapper::executeProcess(const QString& program, const QStringList& arguments)
+{
+    ChildProcess process(QProcess::ForwardedChannels);
+    return ProcessWrapper(process).execute(program, arguments);
+}
+
+bool ProcessWrapper::executeProcess(const QString& program, const QStringList& arguments,
+                                    QByteArray* output)
+{
+    ChildProcess process(QProcess::ForwardedErrorChannel);
+    return ProcessWrapper(process).execute(program, arguments, output);
+}
+
+bool ProcessWrapper::executeProcess(const QString& program, const QStringList& arguments,
+                                    ProcessOutputHandler* handler)
+{
+    ChildProcess process(QProcess::ForwardedErrorChannel);
+    return ProcessWrapper(process).execute(program, arguments, handler);
+}

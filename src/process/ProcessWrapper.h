@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QStringList>
+
+class ProcessOutputHandler;
+class QByteArray;
+class QProcess;
+class QString;
+
+/// Runs a child process to its end and routes its standard output.
+///
+/// Each result is true if the child ran, exited normally and returned exit code
+/// 0. The program is looked up on the search path; nothing is written to its
+/// standard input. Nothing is printed: what the child writes on standard error
+/// goes to the program's own.
+class ProcessWrapper
+{
+public:
+    /// The limit of every single wait in milliseconds.
+    static constexpr int defaultTimeoutMs = 30000;
+
+    /// `process` is not owned and must outlive the wrapper.
+    explicit ProcessWrapper(QProcess& process, int timeoutMs = defaultTimeoutMs);
+
+    /// Ignores the output. A child that has not finished in time is a failure.
+    bool execute(const QString& program, const QStringList& arguments) const;
+
+    /// Replaces `*output` with the whole standard output if the run succeeded;
+    /// `output` may be null. A child that has not finished in time is a failure.
+    bool execute(const QString& program, const QStringList& arguments, QByteArray* output) const;
+
+    /// Feeds the standard output to `handler`, which may be null, as it
+    /// arrives, until the handler refuses a chunk or the child is silent for
+    /// too long.
+    ///
+    /// A child that is still running after the last wait counts as a success,
+    /// with whatever output has arrived.
+    bool execute(const QString& program, const QStringList& arguments,
+                 ProcessOutputHandler* handler) const;
+
+    /// As the members of the same arguments, with a process of their own that
+    /// is killed if it is still running on return. Without a place for it, the
+    /// output goes to the program's own standard output.
+    static bool executeProcess(const QString& program, const QStringList& arguments);
+    static bool executeProcess(const QString& program, const QStringList& arguments,
+                               QByteArray* output);
+    static bool executeProcess(const QString& program, const QStringList& arguments,
+                               ProcessOutputHandler* handler);
+
+private:
+    QProcess& m_process;
+    int m_timeoutMs;
+};
