@@ -1,0 +1,3 @@
+#include "render/ImageRenderer.h"
+
+ImageRenderer::~ImageRenderer() = default;

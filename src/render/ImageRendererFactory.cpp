@@ -1,0 +1,3 @@
+#include "render/ImageRendererFactory.h"
+
+ImageRendererFactory::~ImageRendererFactory() = default;
