@@ -1,0 +1,3 @@
+#include "fax/FaxFormatWriter.h"
+
+FaxFormatWriter::~FaxFormatWriter() = default;
