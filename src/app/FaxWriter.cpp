@@ -1,0 +1,88 @@
+#include "app/FaxWriter.h"
+
+#include "app/OutputFileGuard.h"
+#include "fax/FaxOutputWriter.h"
+#include "fax/FaxTiffWriter.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+
+#include <sys/stat.h>
+
+FaxWriter::FaxWriter(const FaxConfiguration& configuration) : m_configuration(configuration) {}
+
+void FaxWriter::setCoverPage(const std::string& fileName)
+{
+    m_coverPage = fileName;
+}
+
+void FaxWriter::setFiles(const std::vector<std::string>& fileNames)
+{
+    m_files = fileNames;
+}
+
+bool FaxWriter::write(const std::string& outputFile) const
+{
+    if (outputFile.empty() || m_files.empty()) {
+        return false;
+    }
+    if (isInput(outputFile)) {
+        fmt::print(stderr, "can't open file '{}'\n", outputFile);
+        return false;
+    }
+
+    FaxTiffWriter tiffWriter;
+    OutputFileGuard guard(outputFile);
+    if (!tiffWriter.open(outputFile)) {
+        guard.failedToOpen();
+        fmt::print(stderr, "can't open file '{}'\n", outputFile);
+        return false;
+    }
+    guard.opened(tiffWriter.fileDescriptor());
+
+    if (!writePages(tiffWriter)) {
+        return false;
+    }
+    tiffWriter.close();
+    if (!tiffWriter.isComplete()) {
+        fmt::print(stderr, "can't write file '{}'\n", outputFile);
+        return false;
+    }
+    guard.keep();
+    return true;
+}
+
+// True if writing the output would destroy an input file or the cover page.
+bool FaxWriter::isInput(const std::string& outputFile) const
+{
+    struct stat output = {};
+    if (stat(outputFile.c_str(), &output) != 0) {
+        return false;
+    }
+    const auto isOutput = [&output](const std::string& fileName) {
+        struct stat input = {};
+        return stat(fileName.c_str(), &input) == 0 && input.st_dev == output.st_dev &&
+               input.st_ino == output.st_ino;
+    };
+    return isOutput(m_coverPage) || std::any_of(m_files.begin(), m_files.end(), isOutput);
+}
+
+bool FaxWriter::writePages(FaxTiffWriter& tiffWriter) const
+{
+    FaxOutputWriter outputWriter(&tiffWriter, m_configuration);
+    if (!m_coverPage.empty() && !outputWriter.writeCoverPage(m_coverPage)) {
+        fmt::print(stderr, "can't write cover page file '{}', {}\n", m_coverPage,
+                   outputWriter.lastError().message);
+        return false;
+    }
+    for (const std::string& file : m_files) {
+        if (!outputWriter.writePage(file)) {
+            fmt::print(stderr, "can't write page file '{}', {}\n", file,
+                       outputWriter.lastError().message);
+            return false;
+        }
+    }
+    return true;
+}

@@ -1,0 +1,69 @@
+#include "app/FaxWriter.h"
+#include "app/StandardStreams.h"
+#include "options/OptionsApplicationExit.h"
+#include "options/OptionsParser.h"
+
+#include <QGuiApplication>
+#include <QLoggingCategory>
+#include <QTextCodec>
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+
+namespace {
+
+// What Qt is told before its application object exists.
+void prepareQt()
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    // A program that is silent on success cannot pass on the remarks of Qt and
+    // its plug-ins. QT_LOGGING_RULES turns them on again.
+    QLoggingCategory::setFilterRules(QStringLiteral("*=false"));
+    // File names are UTF-8 in every locale, on the way to the system as well.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+}
+
+// The last setting is read first: should two of them fail, that one is reported.
+FaxConfiguration configurationFrom(const OptionsParser& options)
+{
+    const FaxCompression compression = options.compression();
+    const QMarginsF margins = options.margins();
+    const FaxTransformationFlags transformationFlags = options.transformationFlags();
+    const FaxRotation rotation = options.rotation();
+    const FaxResolution resolution = options.resolution();
+    const FaxPaperSize paperSize = options.paperSize();
+    return {paperSize, resolution, rotation, transformationFlags, margins, compression};
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    StandardStreams::ensureOpen();
+    try {
+        OptionsParser options;
+        options.parseCommandLine(argc, argv);
+        options.checkHelp();
+        options.checkVersion();
+        options.checkRequiredOptions();
+        options.checkMargins();
+
+        prepareQt();
+        // Qt must not take the name of a document for one of its own arguments.
+        char name[] = "morvaltide";
+        char* qtArguments[] = {name, nullptr};
+        int qtArgumentCount = 1;
+        const QGuiApplication application(qtArgumentCount, qtArguments);
+
+        FaxWriter writer(configurationFrom(options));
+        writer.setCoverPage(options.coverPage());
+        writer.setFiles(options.files());
+        return writer.write(options.outputFile()) ? EXIT_SUCCESS : EXIT_FAILURE;
+    } catch (const OptionsApplicationExit&) {
+        return EXIT_SUCCESS;
+    } catch (const std::exception& error) {
+        std::cerr << error.what() << std::endl;
+        return EXIT_FAILURE;
+    }
+}
