@@ -11,7 +11,7 @@ target_compile_definitions(morvaltide_build_options INTERFACE
 target_compile_options(morvaltide_build_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast
   -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wcast-qual -Wformat=2 -Wundef
-  -Wnull-dereference -Wdouble-promotion -Wswitch-enum
+  -Wdouble-promotion -Wswitch-enum
   $<$<BOOL:${MORVALTIDE_WARNINGS_AS_ERRORS}>:-Werror>)
 
 if(MORVALTIDE_SANITIZERS)
