@@ -9,7 +9,7 @@ macro(morvaltide_find package debianPackage)
   endif()
 endmacro()
 
-morvaltide_find(Qt5 qtbase5-dev 5.9 COMPONENTS Core Gui)
+morvaltide_find(Qt5 qtbase5-dev 5.15 COMPONENTS Core Gui)
 morvaltide_find(Boost libboost-program-options-dev 1.53 CONFIG COMPONENTS program_options)
 morvaltide_find(fmt libfmt-dev 6)
 morvaltide_find(TIFF libtiff-dev)

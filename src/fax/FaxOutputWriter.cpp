@@ -76,9 +76,14 @@ bool isValid(const FaxSizeDetails& details)
            !details.pageSize.isEmpty() && details.contentRect.isValid();
 }
 
-std::string formatMessage(const char* format, FileFormat fileFormat)
+std::string unsupportedFormat(FileFormat format)
 {
-    return fmt::format(fmt::runtime(format), FileFormatInfo(fileFormat).formatName().constData());
+    return fmt::format("unsupported {} format", FileFormatInfo(format).formatName().constData());
+}
+
+std::string invalidFormat(FileFormat format)
+{
+    return fmt::format("invalid {} format", FileFormatInfo(format).formatName().constData());
 }
 
 } // namespace
@@ -112,8 +117,7 @@ bool FaxOutputWriter::writePage(const std::string& fileName)
         break;
     case FileFormat::Html:
     case FileFormat::Unknown:
-        return fail(FaxPageErrorCode::UnsupportedFormat,
-                    formatMessage("unsupported {} format", format));
+        return fail(FaxPageErrorCode::UnsupportedFormat, unsupportedFormat(format));
     }
     return writePage(format, &file, fitToPaper,
                      static_cast<unsigned short>(m_configuration.rotation), m_sizeDetails);
@@ -128,8 +132,7 @@ bool FaxOutputWriter::writeCoverPage(const std::string& fileName)
     const FileFormat format =
         FileFormatDatabase::formatFromFileNameAndContent(file.fileName(), &file);
     if (format != FileFormat::Html) {
-        return fail(FaxPageErrorCode::UnsupportedFormat,
-                    formatMessage("unsupported {} format", format));
+        return fail(FaxPageErrorCode::UnsupportedFormat, unsupportedFormat(format));
     }
     return writePage(format, &file, true, 0, wholePageDetails(m_sizeDetails));
 }
@@ -145,7 +148,7 @@ bool FaxOutputWriter::writePage(FileFormat format, QIODevice* device, bool fitTo
     renderer.setDevice(device);
     const unsigned long count = renderer.count();
     if (count == 0) {
-        return fail(FaxPageErrorCode::InvalidFormat, formatMessage("invalid {} format", format));
+        return fail(FaxPageErrorCode::InvalidFormat, invalidFormat(format));
     }
     const PageLayout layout(details, rotation, fitToPaper);
     for (unsigned long index = 0; index < count; ++index) {
