@@ -1,7 +1,11 @@
 #include "fax/FaxImageBuilder.h"
 
+#include "bilevel/BilevelImage.h"
+#include "bilevel/ErrorDiffusion.h"
+#include "fax/ImagePlacement.h"
 #include "fax/PainterWrapper.h"
 
+#include <QGuiApplication>
 #include <QPainter>
 #include <QTransform>
 
@@ -19,7 +23,13 @@ FaxImageBuilder::FaxImageBuilder(QImage&& image) : m_image(std::move(image)) {}
 
 FaxImageBuilder& FaxImageBuilder::rotate(unsigned short angle)
 {
-    if (angle != 0) {
+    paintPage();
+    const bool isBilevel = m_image.format() == QImage::Format_Mono;
+    if (angle == 90 && isBilevel) {
+        m_image = BilevelImage::turnedClockwise(m_image);
+    } else if (angle == 270 && isBilevel) {
+        m_image = BilevelImage::turnedCounterclockwise(m_image);
+    } else if (angle != 0) {
         m_image =
             m_image.transformed(QTransform().rotate(angle, Qt::ZAxis), Qt::FastTransformation);
     }
@@ -28,6 +38,7 @@ FaxImageBuilder& FaxImageBuilder::rotate(unsigned short angle)
 
 FaxImageBuilder& FaxImageBuilder::scale(const QSize& size, bool enlarge)
 {
+    paintPage();
     if (size.isEmpty()) {
         return *this;
     }
@@ -42,20 +53,76 @@ FaxImageBuilder& FaxImageBuilder::scale(const QSize& size, bool enlarge)
 FaxImageBuilder& FaxImageBuilder::fill(const QSize& size, const QRect& rect,
                                        Qt::Alignment alignment)
 {
-    if (size.isEmpty() || m_image.size() == size) {
-        return *this;
+    paintPage();
+    // A null image is a failure of an earlier step and has to stay one.
+    if (!size.isEmpty() && !m_image.isNull() && m_image.size() != size) {
+        m_unpaintedPage = Page{size, rect, alignment};
     }
-    QImage page(size, QImage::Format_ARGB32_Premultiplied);
-    page.setDevicePixelRatio(m_image.devicePixelRatio());
-    page.fill(Qt::white);
-    QPainter painter(&page);
-    PainterWrapper(&painter).drawImage(rect, alignment, m_image);
-    painter.end();
-    m_image = std::move(page);
     return *this;
 }
 
 FaxImageBuilder& FaxImageBuilder::monochromize()
+{
+    if (m_unpaintedPage && BilevelImage::isBlackAndWhite(m_image)) {
+        // Black and white dither to themselves, so it is enough to place them.
+        placeWith(BilevelImage::placed);
+    } else if (ErrorDiffusion::isSupported(m_image)) {
+        placeWith(ErrorDiffusion::dithered);
+    } else {
+        paintPage();
+        convertToMono();
+    }
+    return *this;
+}
+
+const QImage& FaxImageBuilder::image() const
+{
+    paintPage();
+    return m_image;
+}
+
+void FaxImageBuilder::paintPage() const
+{
+    if (!m_unpaintedPage) {
+        return;
+    }
+    QImage page(m_unpaintedPage->size, QImage::Format_ARGB32_Premultiplied);
+    page.setDevicePixelRatio(m_image.devicePixelRatio());
+    page.fill(Qt::white);
+    QPainter painter;
+    if (painter.begin(&page)) {
+        PainterWrapper(&painter).drawImage(m_unpaintedPage->rect, m_unpaintedPage->alignment,
+                                           m_image);
+        painter.end();
+        m_image = std::move(page);
+    } else {
+        // Without memory to paint in, no page is better than a white one.
+        m_image = QImage();
+    }
+    m_unpaintedPage.reset();
+}
+
+// Replaces the image by what `place` makes of it: the short way to the page of
+// fill() in black and white.
+template <typename Place>
+void FaxImageBuilder::placeWith(Place place)
+{
+    QSize size = m_image.size();
+    QRect target = m_image.rect();
+    QRect source = target;
+    if (m_unpaintedPage) {
+        size = m_unpaintedPage->size;
+        const ImagePlacement placement(m_unpaintedPage->rect, QGuiApplication::layoutDirection(),
+                                       m_unpaintedPage->alignment, m_image);
+        target = placement.target & QRect(QPoint(0, 0), size);
+        source = QRect(placement.source.topLeft() + target.topLeft() - placement.target.topLeft(),
+                       target.size());
+    }
+    m_image = place(m_image, source, size, target.topLeft());
+    m_unpaintedPage.reset();
+}
+
+void FaxImageBuilder::convertToMono()
 {
     if (m_image.format() != QImage::Format_Mono) {
         m_image = m_image.convertToFormat(QImage::Format_Mono, Qt::MonoOnly);
@@ -64,5 +131,4 @@ FaxImageBuilder& FaxImageBuilder::monochromize()
         m_image.setColor(0, opaqueWhite);
         m_image.invertPixels(QImage::InvertRgb);
     }
-    return *this;
 }

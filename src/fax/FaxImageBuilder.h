@@ -1,10 +1,11 @@
 #pragma once
 
 #include <QImage>
+#include <QRect>
+#include <QSize>
 #include <Qt>
 
-class QRect;
-class QSize;
+#include <optional>
 
 /// Turns a picture into a fax page, step by step. Sizes are in pixels.
 ///
@@ -31,8 +32,24 @@ public:
     /// at index 0 of the colour table.
     FaxImageBuilder& monochromize();
 
-    const QImage& image() const { return m_image; }
+    const QImage& image() const;
 
 private:
-    QImage m_image;
+    struct Page
+    {
+        QSize size;
+        QRect rect;
+        Qt::Alignment alignment;
+    };
+
+    void paintPage() const;
+    void convertToMono();
+
+    template <typename Place>
+    void placeWith(Place place);
+
+    // The page of fill() is painted only when it is looked at: monochromize()
+    // mostly gets by without, at a fraction of the time and memory.
+    mutable QImage m_image;
+    mutable std::optional<Page> m_unpaintedPage;
 };

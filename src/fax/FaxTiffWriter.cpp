@@ -24,8 +24,8 @@ bool setTags(TIFF* tiff, const QImage& image, const LogicalDpi& dpi, FaxCompress
     }
     const int scheme =
         compression == FaxCompression::G4 ? COMPRESSION_CCITTFAX4 : COMPRESSION_CCITTFAX3;
-    const int photometric =
-        image.color(0) == opaqueWhite ? PHOTOMETRIC_MINISWHITE : PHOTOMETRIC_MINISBLACK;
+    const bool isWhiteZero = image.colorCount() > 0 && image.color(0) == opaqueWhite;
+    const int photometric = isWhiteZero ? PHOTOMETRIC_MINISWHITE : PHOTOMETRIC_MINISBLACK;
     return TIFFSetField(tiff, TIFFTAG_COMPRESSION, scheme) == 1 &&
            TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 1) == 1 &&
            TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1) == 1 &&

@@ -1,6 +1,7 @@
 #include "render/PdfPageRenderer.h"
 
 #include "app/settings/RenderSize.h"
+#include "bilevel/BilevelImage.h"
 #include "process/ProcessBytesMultiWriter.h"
 #include "process/ProcessBytesWriter.h"
 #include "render/GhostScriptCommand.h"
@@ -140,7 +141,7 @@ bool PdfPageRenderer::renderPage(unsigned long index, const RenderSize& renderSi
         return false;
     }
     if (square != size) {
-        image = image.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+        image = BilevelImage::squeezed(image, size);
     }
     return true;
 }
