@@ -16,8 +16,8 @@ namespace {
 std::string numberText(double number)
 {
     std::string text = fmt::format("{}", number);
-    // Newer versions of fmt drop the decimal of a whole number, which the
-    // messages of this program have always shown.
+    // fmt writes a whole number with its decimal or without, depending on its
+    // version; the messages of this program show it.
     if (text.find_first_not_of("-0123456789") == std::string::npos) {
         text += ".0";
     }
@@ -49,7 +49,7 @@ QMarginsF marginsFromPieces(const std::vector<std::string>& pieces)
 
 std::string StringConverter<QMarginsF>::toShortString(const QMarginsF& margins)
 {
-    const std::string left = numberText(margins.left());
+    std::string left = numberText(margins.left());
     const std::string top = numberText(margins.top());
     if (qFuzzyCompare(margins.left(), margins.right()) &&
         qFuzzyCompare(margins.top(), margins.bottom())) {
@@ -66,8 +66,9 @@ boost::optional<QMarginsF>
 StringConverter<boost::optional<QMarginsF>>::fromString(const std::string& text)
 {
     std::vector<std::string> pieces;
-    boost::algorithm::split(pieces, text, boost::algorithm::is_any_of(","),
-                            boost::algorithm::token_compress_off);
+    boost::algorithm::split(
+        pieces, text, [](char character) { return character == ','; },
+        boost::algorithm::token_compress_off);
     for (std::string& piece : pieces) {
         boost::algorithm::trim(piece);
     }

@@ -14,8 +14,9 @@ template <>
 class StringConverter<QMarginsF>
 {
 public:
-    /// The shortest of the forms "M", "H,V" and "L,T,R,B" that reads back as
-    /// the same margins. Whole numbers keep one decimal: "9.0".
+    /// The shortest of the forms "M", "H,V" and "L,T,R,B"; sides that
+    /// qFuzzyCompare() finds equal count as the same. Whole numbers keep one
+    /// decimal: "9.0".
     static std::string toShortString(const QMarginsF& margins);
 };
 

@@ -8,12 +8,12 @@ namespace {
 
 QRect rectFromCorners(int left, int top, int right, int bottom)
 {
-    return QRect(QPoint(left, top), QPoint(right, bottom));
+    return {QPoint(left, top), QPoint(right, bottom)};
 }
 
 // The far sides subtract a margin from a page dimension of a few thousand
 // pixels, so a quarter of the integer range keeps every result in range.
-constexpr double marginPixelLimit = std::numeric_limits<int>::max() / 4;
+constexpr double marginPixelLimit = std::numeric_limits<int>::max() / 4.0;
 
 int marginPixels(double inches, int dpi)
 {
