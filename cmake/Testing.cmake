@@ -10,8 +10,12 @@ function(morvaltide_add_test folder)
   add_executable(${target} ${ARG_SOURCES})
   target_link_libraries(${target} PRIVATE
     morvaltide_build_options morvaltide_test_support ${ARG_LIBRARIES})
+  set(labels)
+  if(ARG_LABELS)
+    set(labels LABELS "${ARG_LABELS}")
+  endif()
   gtest_discover_tests(${target}
     NO_PRETTY_VALUES
     DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 300 LABELS "${ARG_LABELS}")
+    PROPERTIES TIMEOUT 300 ${labels})
 endfunction()

@@ -1,0 +1,100 @@
+#include "support/FakeGhostscript.h"
+
+#include <QFile>
+#include <QStandardPaths>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// An argument may hold anything but a null byte.
+const QString recordFile = QStringLiteral("arguments");
+constexpr char endOfArgument = '\0';
+constexpr char endOfRun = '\1';
+
+QByteArray quoted(const QString& path)
+{
+    return '\'' + QFile::encodeName(path) + '\'';
+}
+
+} // namespace
+
+FakeGhostscript::FakeGhostscript(const QByteArray& commands)
+    : m_searchPath(SearchPath::withFirst(m_folder.qPath(QString())))
+{
+    const QByteArray record = quoted(m_folder.qPath(recordFile));
+    m_folder.write("gs",
+                   "#!/bin/sh\n{ [ $# -eq 0 ] || printf '%s\\000' \"$@\"; printf '\\001'; } >>" +
+                       record + '\n' + commands + '\n');
+    EXPECT_TRUE(QFile::setPermissions(m_folder.qPath(QStringLiteral("gs")),
+                                      QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+}
+
+QByteArray FakeGhostscript::realGhostscript()
+{
+    const QString program = QStandardPaths::findExecutable(QStringLiteral("gs"));
+    EXPECT_FALSE(program.isEmpty()) << "Ghostscript is not installed";
+    return "exec " + quoted(program) + " \"$@\"";
+}
+
+QByteArray FakeGhostscript::numberedPages(const QByteArray& answer)
+{
+    return R"sh(
+for argument in "$@"; do
+  case $argument in
+    -c) printf '%s' ')sh" +
+           answer + R"sh('; exit ;;
+    -dFirstPage=*) page=${argument#*=} ;;
+    -dLastPage=*) last=${argument#*=} ;;
+    -g*) size=${argument#-g} ;;
+  esac
+done
+bytes=$(((${size%x*} + 7) / 8 * ${size#*x}))
+while [ "$page" -le "$last" ]; do
+  head -c "$bytes" /dev/zero | tr '\000' "\\$(printf '%03o' "$page")"
+  page=$((page + 1))
+done
+)sh";
+}
+
+std::vector<QStringList> FakeGhostscript::runs() const
+{
+    QFile file(m_folder.qPath(recordFile));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    std::vector<QStringList> runs;
+    QStringList arguments;
+    QByteArray argument;
+    for (const char byte : file.readAll()) {
+        if (byte == endOfRun) {
+            runs.push_back(arguments);
+            arguments.clear();
+        } else if (byte == endOfArgument) {
+            arguments << QString::fromUtf8(argument);
+            argument.clear();
+        } else {
+            argument += byte;
+        }
+    }
+    return runs;
+}
+
+QStringList FakeGhostscript::renderedRanges() const
+{
+    QStringList ranges;
+    for (const QStringList& arguments : runs()) {
+        QStringList words;
+        for (const QString& argument : arguments) {
+            if (argument.startsWith(QStringLiteral("-dFirstPage=")) ||
+                argument.startsWith(QStringLiteral("-dLastPage=")) ||
+                argument.startsWith(QStringLiteral("-g"))) {
+                words << argument;
+            }
+        }
+        if (!words.isEmpty()) {
+            ranges << words.join(QLatin1Char(' '));
+        }
+    }
+    return ranges;
+}
