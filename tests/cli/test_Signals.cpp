@@ -1,0 +1,160 @@
+#include "CliTest.h"
+
+#include "support/FakeGhostscript.h"
+#include "support/SamplePdf.h"
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include <sys/stat.h>
+
+namespace {
+
+// Stand-ins for Ghostscript that say nothing and never end, the one when asked
+// for the page sizes, the other when asked for pages. "exec" leaves one process.
+const char* const silentQuery = "exec sleep 1000";
+const char* const silentRun = "case $* in *-c*) echo 0 0 612 792;; *) exec sleep 1000;; esac";
+
+class InterruptedConversion : public CliTest
+{
+protected:
+    void SetUp() override
+    {
+        folder().write("in.png", blackPng({20, 20}));
+        folder().write("in.pdf", SamplePdf::equalPages(1));
+    }
+
+    static void waitForRuns(const FakeGhostscript& ghostscript, std::size_t count)
+    {
+        constexpr std::chrono::milliseconds pause(2);
+        constexpr std::chrono::seconds patience(60);
+        const auto deadline = std::chrono::steady_clock::now() + patience;
+        while (ghostscript.runs().size() < count) {
+            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "Ghostscript was not started";
+            std::this_thread::sleep_for(pause);
+        }
+    }
+
+    // Sends the signal when the stand-in has been started so many times. The
+    // result comes only when the stand-in has ended as well.
+    ProgramResult interrupt(const ProgramStart& conversion, const FakeGhostscript& ghostscript,
+                            std::size_t runCount, int signal) const
+    {
+        ProgramRun run(conversion);
+        waitForRuns(ghostscript, runCount);
+        EXPECT_TRUE(exists("out.tif"));
+        run.sendSignal(signal);
+        return run.finish();
+    }
+};
+
+struct Row
+{
+    const char* name;
+    int signal;
+    const char* commands;
+    std::size_t runCount;
+};
+
+const Row rows[] = {
+    {"InterruptInTheQuery", SIGINT, silentQuery, 1},
+    {"TerminationInTheQuery", SIGTERM, silentQuery, 1},
+    {"HangupInTheQuery", SIGHUP, silentQuery, 1},
+    {"BrokenPipeInTheQuery", SIGPIPE, silentQuery, 1},
+    {"InterruptInTheRun", SIGINT, silentRun, 2},
+    {"TerminationInTheRun", SIGTERM, silentRun, 2},
+    {"HangupInTheRun", SIGHUP, silentRun, 2},
+    {"BrokenPipeInTheRun", SIGPIPE, silentRun, 2},
+};
+
+class EndingSignal : public InterruptedConversion, public testing::WithParamInterface<Row>
+{
+};
+
+TEST_P(EndingSignal, LeavesNoOutputAndNoGhostscript)
+{
+    const FakeGhostscript ghostscript(GetParam().commands);
+    const ProgramResult result = interrupt(start({"-o", "out.tif", "in.png", "in.pdf"}),
+                                           ghostscript, GetParam().runCount, GetParam().signal);
+    EXPECT_EQ(result.signal, GetParam().signal);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.error, "");
+    EXPECT_FALSE(exists("out.tif"));
+}
+
+TEST_P(EndingSignal, RemovesTheLinkAndItsTarget)
+{
+    const FakeGhostscript ghostscript(GetParam().commands);
+    folder().write("target.tif", "old");
+    link("target.tif", "out.tif");
+    const ProgramResult result = interrupt(start({"-o", "out.tif", "in.png", "in.pdf"}),
+                                           ghostscript, GetParam().runCount, GetParam().signal);
+    EXPECT_EQ(result.signal, GetParam().signal);
+    EXPECT_FALSE(exists("out.tif"));
+    EXPECT_FALSE(exists("target.tif"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Cli, EndingSignal, testing::ValuesIn(rows),
+                         [](const auto& test) { return std::string{test.param.name}; });
+
+TEST_F(InterruptedConversion, LeavesAFifoWhereItIs)
+{
+    const FakeGhostscript ghostscript(silentQuery);
+    ASSERT_EQ(mkfifo(folder().path("out.tif").c_str(), 0600), 0);
+    const ProgramResult result =
+        interrupt(start({"-o", "out.tif", "in.pdf"}), ghostscript, 1, SIGTERM);
+    EXPECT_EQ(result.signal, SIGTERM);
+    EXPECT_TRUE(exists("out.tif"));
+}
+
+TEST_F(InterruptedConversion, LeavesAFileThatTookThePlaceOfTheOutput)
+{
+    const FakeGhostscript ghostscript(silentQuery);
+    ProgramRun run(start({"-o", "out.tif", "in.pdf"}));
+    waitForRuns(ghostscript, 1);
+    ASSERT_EQ(std::rename(folder().write("new", "new").c_str(), folder().path("out.tif").c_str()),
+              0);
+    run.sendSignal(SIGTERM);
+    EXPECT_EQ(run.finish().signal, SIGTERM);
+    EXPECT_EQ(content("out.tif"), QByteArray("new"));
+}
+
+TEST_F(InterruptedConversion, ByAKillLeavesNoGhostscript)
+{
+    const FakeGhostscript ghostscript(silentRun);
+    const ProgramResult result =
+        interrupt(start({"-o", "out.tif", "in.pdf"}), ghostscript, 2, SIGKILL);
+    EXPECT_EQ(result.signal, SIGKILL);
+}
+
+class IgnoredSignal : public InterruptedConversion, public testing::WithParamInterface<Row>
+{
+};
+
+const Row ignoredRows[] = {
+    {"Interrupt", SIGINT, nullptr, 0},
+    {"Termination", SIGTERM, nullptr, 0},
+    {"Hangup", SIGHUP, nullptr, 0},
+    {"BrokenPipe", SIGPIPE, nullptr, 0},
+};
+
+TEST_P(IgnoredSignal, AtStartStaysIgnored)
+{
+    // Waits until the test lets it go on.
+    const FakeGhostscript ghostscript("while ! [ -e go ]; do sleep 0.01; done\n" +
+                                      FakeGhostscript::realGhostscript());
+    ProgramStart conversion = start({"-o", "out.tif", "in.png", "in.pdf"});
+    conversion.ignoredSignals = {GetParam().signal};
+    ProgramRun run(conversion);
+    waitForRuns(ghostscript, 1);
+    run.sendSignal(GetParam().signal);
+    folder().write("go", "");
+    EXPECT_TRUE(isSilentSuccess(run.finish()));
+    EXPECT_EQ(pages().size(), 2U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cli, IgnoredSignal, testing::ValuesIn(ignoredRows),
+                         [](const auto& test) { return std::string{test.param.name}; });
+
+} // namespace
