@@ -1,0 +1,131 @@
+// Preloaded into the program: lets chosen large allocations fail. With libc's
+// own entry points, because looking up the hidden functions would allocate.
+//
+// FAULT_NUMBER  the allocation above 64 KiB that fails, counted from 1
+// FAULT_LASTS   "1" if all later ones fail as well
+// FAULT_REPORT  a file that comes into being when the fault strikes: the call
+//               stack of the allocation and, if the program crashes, a line
+//               "crash" with the call stack of that
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+#include <execinfo.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+// The names behind asm() are those for the linker. These are exported by glibc,
+// but declared nowhere,
+extern "C" void* libcMalloc(size_t size) asm("__libc_malloc");
+extern "C" void* libcCalloc(size_t count, size_t size) asm("__libc_calloc");
+extern "C" void* libcRealloc(void* memory, size_t size) asm("__libc_realloc");
+extern "C" void* libcMemalign(size_t alignment, size_t size) asm("__libc_memalign");
+
+// and these take the place of the usual ones.
+extern "C" void* faultyMalloc(size_t size) asm("malloc");
+extern "C" void* faultyCalloc(size_t count, size_t size) asm("calloc");
+extern "C" void* faultyRealloc(void* memory, size_t size) asm("realloc");
+extern "C" void* faultyMemalign(size_t alignment, size_t size) asm("memalign");
+extern "C" void* faultyAlignedAlloc(size_t alignment, size_t size) asm("aligned_alloc");
+extern "C" int faultyPosixMemalign(void** memory, size_t alignment,
+                                   size_t size) asm("posix_memalign");
+
+namespace {
+
+constexpr size_t largestSafeSize = 65536;
+constexpr int stackDepth = 64;
+
+// Zero until the settings are read: nothing fails before.
+long faultNumber = 0;
+bool faultLasts = false;
+const char* faultReport = nullptr;
+std::atomic<long> allocations = 0;
+
+void reportStack(const char* title)
+{
+    void* frames[stackDepth];
+    const int depth = backtrace(frames, stackDepth);
+    const int report = open(faultReport, O_CREAT | O_WRONLY | O_APPEND | O_CLOEXEC, 0600);
+    if (write(report, title, std::strlen(title)) > 0) {
+        backtrace_symbols_fd(frames, depth, report);
+    }
+    close(report);
+}
+
+void reportCrash(int number)
+{
+    reportStack("crash\n");
+    signal(number, SIG_DFL);
+    raise(number);
+}
+
+const char* setting(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+// Runs before main().
+__attribute__((constructor)) void readSettings()
+{
+    // The programs that are run meanwhile are none of its business.
+    unsetenv("LD_PRELOAD");
+    void* frame = nullptr;
+    backtrace(&frame, 1); // loads what it needs now, not in a signal handler
+    signal(SIGSEGV, reportCrash);
+    signal(SIGABRT, reportCrash);
+    signal(SIGBUS, reportCrash);
+    faultReport = setting("FAULT_REPORT");
+    faultLasts = std::strcmp(setting("FAULT_LASTS"), "1") == 0;
+    faultNumber = std::atol(setting("FAULT_NUMBER"));
+}
+
+bool strikes(size_t size)
+{
+    if (size <= largestSafeSize || faultNumber == 0) {
+        return false;
+    }
+    const long current = ++allocations;
+    if (current < faultNumber || (current > faultNumber && !faultLasts)) {
+        return false;
+    }
+    reportStack("allocation\n");
+    errno = ENOMEM;
+    return true;
+}
+
+} // namespace
+
+void* faultyMalloc(size_t size)
+{
+    return strikes(size) ? nullptr : libcMalloc(size);
+}
+
+void* faultyCalloc(size_t count, size_t size)
+{
+    return strikes(count * size) ? nullptr : libcCalloc(count, size);
+}
+
+void* faultyRealloc(void* memory, size_t size)
+{
+    return strikes(size) ? nullptr : libcRealloc(memory, size);
+}
+
+void* faultyMemalign(size_t alignment, size_t size)
+{
+    return strikes(size) ? nullptr : libcMemalign(alignment, size);
+}
+
+void* faultyAlignedAlloc(size_t alignment, size_t size)
+{
+    return faultyMemalign(alignment, size);
+}
+
+int faultyPosixMemalign(void** memory, size_t alignment, size_t size)
+{
+    *memory = faultyMemalign(alignment, size);
+    return *memory == nullptr ? ENOMEM : 0;
+}

@@ -1,0 +1,100 @@
+#include "faults/Conversion.h"
+#include "support/FakeGhostscript.h"
+#include "support/SamplePdf.h"
+#include "support/TemporaryFolder.h"
+#include "support/TiffFile.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Records its process number, then says and does nothing for an hour.
+QByteArray hanging(const std::string& recordFile)
+{
+    return "echo $$ > '" + QByteArray::fromStdString(recordFile) + "'\nexec sleep 3600\n";
+}
+
+class HangingGhostscript : public testing::Test
+{
+protected:
+    // Expects the failure after `seconds` at least, and nothing left running.
+    void expectFailure(const std::string& reason, std::chrono::seconds seconds) const
+    {
+        const Clock::time_point start = Clock::now();
+        const ProgramResult result =
+            runProgram(Conversion::with({"-o", m_output, m_folder.path("a.pdf")}));
+        EXPECT_GE(Clock::now() - start, seconds);
+        EXPECT_TRUE(Conversion::hasFailedCleanly(result, m_output));
+        EXPECT_EQ(result.error,
+                  "can't write page file '" + m_folder.path("a.pdf") + "', " + reason + '\n');
+        const pid_t ghostscript = std::stoi(Conversion::contentOf(m_record));
+        EXPECT_TRUE(kill(ghostscript, 0) == -1 && errno == ESRCH) << "Ghostscript still runs";
+    }
+
+    TemporaryFolder m_folder;
+    std::string m_output = m_folder.path("out.tif");
+    std::string m_record = m_folder.path("process");
+};
+
+TEST_F(HangingGhostscript, InTheQueryIsAFailureAfterHalfAMinute)
+{
+    m_folder.write("a.pdf", SamplePdf::equalPages(1));
+    const FakeGhostscript ghostscript(hanging(m_record));
+    expectFailure("invalid pdf format", std::chrono::seconds(30));
+}
+
+TEST_F(HangingGhostscript, InASinglePageIsAFailureAfterAMinute)
+{
+    m_folder.write("a.pdf", SamplePdf::equalPages(1));
+    const FakeGhostscript ghostscript("case \"$*\" in *-c*) " + FakeGhostscript::realGhostscript() +
+                                      ";; esac\n" + hanging(m_record));
+    expectFailure("invalid data", std::chrono::seconds(60));
+}
+
+TEST_F(HangingGhostscript, InARunIsAFailureAfterAMinute)
+{
+    m_folder.write("a.pdf", SamplePdf::equalPages(3));
+    const FakeGhostscript ghostscript("case \"$*\" in *-c*) " + FakeGhostscript::realGhostscript() +
+                                      ";; esac\n" + hanging(m_record));
+    expectFailure("invalid data", std::chrono::seconds(60));
+}
+
+// The number that a page of SamplePdf shows as bars, modulo 256. They are looked
+// at where no line crosses them.
+unsigned pageNumber(const QImage& page)
+{
+    unsigned number = 0;
+    for (unsigned bit = 0; bit < 8; ++bit) {
+        const double barMiddle = 1.0 - (0.3 + bit * 0.06 + 0.015);
+        const bool isBlack =
+            page.pixelIndex(qRound(page.width() * 0.31), qRound(page.height() * barMiddle)) == 1;
+        number |= isBlack ? 1U << bit : 0U;
+    }
+    return number;
+}
+
+TEST(LongDocument, Of300PagesKeepsAllPagesInOrder)
+{
+    const TemporaryFolder folder;
+    const std::string output = folder.path("out.tif");
+    const std::string document = folder.write("long.pdf", SamplePdf::equalPages(300));
+    const ProgramResult result =
+        runProgram(Conversion::with({"-p", "letter", "-r", "standard", "-o", output, document}));
+    EXPECT_EQ(result.exitStatus, 0) << result.error;
+    const std::vector<TiffPage> pages = readTiff(output);
+    ASSERT_EQ(pages.size(), 300U);
+    for (std::size_t index = 0; index < pages.size(); ++index) {
+        EXPECT_EQ(pages[index].pixels.size(), QSize(1728, 1078));
+        EXPECT_EQ(pageNumber(pages[index].pixels), (index + 1) % 256) << "page " << index;
+    }
+}
+
+} // namespace
