@@ -2,7 +2,6 @@
 # privately.
 add_library(morvaltide_build_options INTERFACE)
 
-target_compile_features(morvaltide_build_options INTERFACE cxx_std_17)
 target_include_directories(morvaltide_build_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_definitions(morvaltide_build_options INTERFACE
   QT_NO_CAST_FROM_ASCII

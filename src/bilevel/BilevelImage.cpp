@@ -234,7 +234,8 @@ QImage BilevelImage::squeezed(const QImage& image, const QSize& size)
         return result;
     }
     const std::vector<int> columns = sourceLines(image.width(), size.width());
-    std::vector<uchar> columnBytes(static_cast<std::size_t>(bytesFor(image.width())) * byteBits);
+    std::vector<uchar> columnBytes(static_cast<std::size_t>(bytesFor(image.width())) *
+                                   std::size_t{byteBits});
     for (std::size_t y = 0; y < rows.size(); y += byteBits) {
         EightRows source = {};
         std::array<uchar*, byteBits> target = {};

@@ -39,17 +39,17 @@ public:
         }
     }
 
-    [[nodiscard]] std::uint16_t at16(std::uint64_t offset) const
+    std::uint16_t at16(std::uint64_t offset) const
     {
         return static_cast<std::uint16_t>(unsignedAt(offset, 2));
     }
 
-    [[nodiscard]] std::uint32_t at32(std::uint64_t offset) const
+    std::uint32_t at32(std::uint64_t offset) const
     {
         return static_cast<std::uint32_t>(unsignedAt(offset, 4));
     }
 
-    [[nodiscard]] std::uint64_t unsignedAt(std::uint64_t offset, std::size_t width) const
+    std::uint64_t unsignedAt(std::uint64_t offset, std::size_t width) const
     {
         std::vector<unsigned char> bytes = slice(offset, width);
         if (!m_isBigEndian) {
@@ -62,7 +62,7 @@ public:
         return value;
     }
 
-    [[nodiscard]] std::vector<unsigned char> slice(std::uint64_t offset, std::uint64_t length) const
+    std::vector<unsigned char> slice(std::uint64_t offset, std::uint64_t length) const
     {
         const auto size = static_cast<std::uint64_t>(m_bytes.size());
         if (length > size || offset > size - length) {

@@ -1,0 +1,49 @@
+# What is installed besides the program, and the Debian package made of it.
+
+configure_file(man/morvaltide.1.in man/morvaltide.1 @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/man/morvaltide.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+# Debian's zsh also looks into site-functions, but below /usr/local only.
+set(MORVALTIDE_ZSH_COMPLETION_DIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING
+  "Where the completion for zsh is installed")
+install(FILES completions/morvaltide.bash RENAME morvaltide
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+install(FILES completions/_morvaltide DESTINATION ${MORVALTIDE_ZSH_COMPLETION_DIR})
+install(FILES completions/morvaltide.fish
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+
+install(FILES docs/recipes.md docs/viewing.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(PROGRAMS examples/batch/convert-job examples/batch/morvaltide-batch
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/batch)
+install(FILES examples/batch/README.md examples/batch/jobs.tsv
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/batch)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME ${PROJECT_NAME})
+set(CPACK_PACKAGE_VENDOR "The morvaltide authors")
+set(CPACK_PACKAGE_CONTACT "The morvaltide authors <morvaltide@packages.invalid>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "turns documents into one multi-page fax TIFF")
+set(CPACK_PACKAGE_DESCRIPTION
+"morvaltide converts PDF, TIFF, JPEG and PNG documents, with an optional HTML
+cover page in front of them, into one TIFF file of bilevel fax pages, coded
+with CCITT group 3 or group 4, for fax servers and mail gateways.
+.
+Paper size, resolution, margins and rotation can be chosen. The program runs
+without a display.")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/finish-debian.cmake)
+
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION comm)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# What is not linked: the interpreter of PDF documents, the plug-in that reads
+# TIFF files and the database by which contents are recognised.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS
+  "ghostscript (>= 10~), qt5-image-formats-plugins, shared-mime-info")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-dejavu-core")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "libtiff-tools, parallel")
+
+include(CPack)

@@ -1,0 +1,88 @@
+# shellcheck shell=bash
+# The Debian 12 packages of this project, by purpose, and their installation.
+# To be sourced.
+# shellcheck disable=SC2034 # the lists are for the scripts that source this
+
+buildPackages=(
+    cmake
+    g++
+    libboost-dev
+    libboost-program-options-dev
+    libfmt-dev
+    libtiff-dev
+    ninja-build
+    qtbase5-dev
+)
+
+runPackages=(
+    fonts-dejavu-core         # without a font the cover page is blank
+    ghostscript               # reads PDF
+    qt5-image-formats-plugins # reads TIFF
+    shared-mime-info          # tells a file's format by its content
+)
+
+demoPackages=(
+    libtiff-tools # shows what is in the result
+)
+
+packagePackages=(
+    dpkg-dev
+    file
+)
+
+# The tests of batches over SSH and of systemd units are skipped without sshd
+# and systemd-analyze: to check sources is no reason to start services.
+testPackages=(
+    libgtest-dev
+    libspandsp-dev # sends the result through a fax call
+    libtiff-tools
+    man-db
+    openssh-client
+    parallel
+    python3
+    zlib1g-dev
+)
+
+checkPackages=(
+    clang-format-14
+    clang-tidy-14
+    shellcheck
+)
+
+fuzzPackages=(
+    clang-14
+    libclang-rt-14-dev
+)
+
+isInstalled() {
+    [[ $(dpkg-query --show --showformat='${db:Status-Abbrev}' "$1" 2>/dev/null) == ?i* ]]
+}
+
+# Installs those of the packages that are missing. Without any, there is no need
+# for a network or for root.
+installPackages() {
+    local package missing=() asRoot=()
+    for package in "$@"; do
+        isInstalled "$package" || missing+=("$package")
+    done
+    if ((${#missing[@]} == 0)); then
+        return
+    fi
+    if ! command -v apt-get >/dev/null; then
+        echo "This is not a Debian system. What Debian calls ${missing[*]} is needed." >&2
+        return 1
+    fi
+    if ((EUID != 0)); then
+        if ! command -v sudo >/dev/null; then
+            echo "Run this as root first: apt-get install --no-install-recommends ${missing[*]}" >&2
+            return 1
+        fi
+        asRoot=(sudo)
+    fi
+    echo "Installing ${missing[*]}"
+    # A package source that cannot be reached does no harm as long as another
+    # one has the packages.
+    "${asRoot[@]}" apt-get update -q || true
+    "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -q -y --no-install-recommends "${missing[@]}"
+}
