@@ -3,6 +3,9 @@
 #include "app/OutputFileGuard.h"
 #include "fax/FaxOutputWriter.h"
 #include "fax/FaxTiffWriter.h"
+#include "fax/FileName.h"
+
+#include <QFile>
 
 #include <fmt/format.h>
 
@@ -10,6 +13,16 @@
 #include <cstdio>
 
 #include <sys/stat.h>
+
+namespace {
+
+bool isFile(const char* fileName, const struct stat& file)
+{
+    struct stat info = {};
+    return stat(fileName, &info) == 0 && info.st_dev == file.st_dev && info.st_ino == file.st_ino;
+}
+
+} // namespace
 
 FaxWriter::FaxWriter(const FaxConfiguration& configuration) : m_configuration(configuration) {}
 
@@ -62,9 +75,9 @@ bool FaxWriter::isInput(const std::string& outputFile) const
         return false;
     }
     const auto isOutput = [&output](const std::string& fileName) {
-        struct stat input = {};
-        return stat(fileName.c_str(), &input) == 0 && input.st_dev == output.st_dev &&
-               input.st_ino == output.st_ino;
+        // Opened under its decoded name, which is another if it is not UTF-8.
+        const QByteArray openedName = QFile::encodeName(FileName::fromUtf8(fileName));
+        return isFile(fileName.c_str(), output) || isFile(openedName.constData(), output);
     };
     return isOutput(m_coverPage) || std::any_of(m_files.begin(), m_files.end(), isOutput);
 }

@@ -156,14 +156,12 @@ void OutputFileGuard::findRemovableNames()
 void OutputFileGuard::removeFile() const
 {
     struct stat info = {};
-    if (stat(m_fileName.c_str(), &info) != 0 || !isSameFile(info, m_file)) {
-        return;
-    }
+    const bool isNameOurs = stat(m_fileName.c_str(), &info) == 0 && isSameFile(info, m_file);
     if (!m_removedTarget.empty() && lstat(m_removedTarget.c_str(), &info) == 0 &&
         isSameFile(info, m_file)) {
         unlink(m_removedTarget.c_str());
     }
-    if (!m_removedName.empty()) {
+    if (isNameOurs && !m_removedName.empty()) {
         unlink(m_removedName.c_str());
     }
 }

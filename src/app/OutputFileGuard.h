@@ -56,10 +56,10 @@ private:
     std::string m_removedName;   // m_fileName, or empty if that name has to stay
     std::string m_removedTarget; // where a symbolic link leads, else empty
     pid_t m_process;
+    struct stat m_before = {}; // filled in before m_existedBefore is set
     bool m_existedBefore;
     bool m_isHoldingSignals = true;
     bool m_isGuarding = false;
-    struct stat m_before = {};
     struct stat m_file = {}; // identifies the file that was opened
     sigset_t m_maskBefore = {};
     std::array<struct sigaction, signalNumbers.size()> m_actionsBefore = {};

@@ -56,22 +56,21 @@ FaxImageBuilder& FaxImageBuilder::fill(const QSize& size, const QRect& rect,
     paintPage();
     // A null image is a failure of an earlier step and has to stay one.
     if (!size.isEmpty() && !m_image.isNull() && m_image.size() != size) {
-        m_unpaintedPage = Page{size, rect, alignment};
+        m_unpaintedPage = Page{size, rect, QGuiApplication::layoutDirection(), alignment};
     }
     return *this;
 }
 
 FaxImageBuilder& FaxImageBuilder::monochromize()
 {
-    if (m_unpaintedPage && BilevelImage::isBlackAndWhite(m_image)) {
-        // Black and white dither to themselves, so it is enough to place them.
-        placeWith(BilevelImage::placed);
-    } else if (ErrorDiffusion::isSupported(m_image)) {
-        placeWith(ErrorDiffusion::dithered);
-    } else {
-        paintPage();
-        convertToMono();
+    // Black and white dither to themselves, so it is enough to place them.
+    if ((m_unpaintedPage && BilevelImage::isBlackAndWhite(m_image) &&
+         placeWith(BilevelImage::placed)) ||
+        (ErrorDiffusion::isSupported(m_image) && placeWith(ErrorDiffusion::dithered))) {
+        return *this;
     }
+    paintPage();
+    convertToMono();
     return *this;
 }
 
@@ -91,8 +90,8 @@ void FaxImageBuilder::paintPage() const
     page.fill(Qt::white);
     QPainter painter;
     if (painter.begin(&page)) {
-        PainterWrapper(&painter).drawImage(m_unpaintedPage->rect, m_unpaintedPage->alignment,
-                                           m_image);
+        PainterWrapper(&painter).drawImage(m_unpaintedPage->rect, m_unpaintedPage->direction,
+                                           m_unpaintedPage->alignment, m_image);
         painter.end();
         m_image = std::move(page);
     } else {
@@ -103,23 +102,27 @@ void FaxImageBuilder::paintPage() const
 }
 
 // Replaces the image by what `place` makes of it: the short way to the page of
-// fill() in black and white.
+// fill() in black and white. False if the image does not lie on the page with
+// at least one pixel and wholly, which is left to the painter.
 template <typename Place>
-void FaxImageBuilder::placeWith(Place place)
+bool FaxImageBuilder::placeWith(Place place)
 {
     QSize size = m_image.size();
     QRect target = m_image.rect();
     QRect source = target;
     if (m_unpaintedPage) {
-        size = m_unpaintedPage->size;
-        const ImagePlacement placement(m_unpaintedPage->rect, QGuiApplication::layoutDirection(),
-                                       m_unpaintedPage->alignment, m_image);
-        target = placement.target & QRect(QPoint(0, 0), size);
-        source = QRect(placement.source.topLeft() + target.topLeft() - placement.target.topLeft(),
-                       target.size());
+        const Page& page = *m_unpaintedPage;
+        const ImagePlacement placement(page.rect, page.direction, page.alignment, m_image);
+        size = page.size;
+        target = placement.target;
+        source = placement.source;
+        if (target.isEmpty() || !QRect(QPoint(0, 0), size).contains(target)) {
+            return false;
+        }
     }
     m_image = place(m_image, source, size, target.topLeft());
     m_unpaintedPage.reset();
+    return true;
 }
 
 void FaxImageBuilder::convertToMono()

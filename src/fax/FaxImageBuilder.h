@@ -39,6 +39,7 @@ private:
     {
         QSize size;
         QRect rect;
+        Qt::LayoutDirection direction;
         Qt::Alignment alignment;
     };
 
@@ -46,7 +47,7 @@ private:
     void convertToMono();
 
     template <typename Place>
-    void placeWith(Place place);
+    bool placeWith(Place place);
 
     // The page of fill() is painted only when it is looked at: monochromize()
     // mostly gets by without, at a fraction of the time and memory.

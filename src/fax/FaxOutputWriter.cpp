@@ -3,13 +3,13 @@
 #include "app/settings/RenderSize.h"
 #include "fax/FaxFormatWriter.h"
 #include "fax/FaxImageBuilder.h"
+#include "fax/FileName.h"
 #include "formats/FileFormatDatabase.h"
 #include "formats/FileFormatInfo.h"
 #include "render/ImageComplexRenderer.h"
 
 #include <QFile>
 #include <QImage>
-#include <QTextCodec>
 
 #include <fmt/format.h>
 
@@ -61,15 +61,6 @@ struct FaxOutputWriter::PageLayout
 
 namespace {
 
-// The one place where the bytes of a file name become a QString. A byte order
-// mark in front is part of the name like any other character.
-QString fromUtf8(const std::string& bytes)
-{
-    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    return QTextCodec::codecForName("UTF-8")->toUnicode(bytes.data(),
-                                                        static_cast<int>(bytes.size()), &state);
-}
-
 bool isValid(const FaxSizeDetails& details)
 {
     return details.dpi.horizontal != 0 && details.dpi.vertical != 0 &&
@@ -98,7 +89,7 @@ FaxOutputWriter::FaxOutputWriter(FaxFormatWriter* formatWriter,
 
 bool FaxOutputWriter::writePage(const std::string& fileName)
 {
-    QFile file(fromUtf8(fileName));
+    QFile file(FileName::fromUtf8(fileName));
     if (!file.open(QIODevice::ReadOnly)) {
         return fail(FaxPageErrorCode::FileNotFound, "file not found");
     }
@@ -125,7 +116,7 @@ bool FaxOutputWriter::writePage(const std::string& fileName)
 
 bool FaxOutputWriter::writeCoverPage(const std::string& fileName)
 {
-    QFile file(fromUtf8(fileName));
+    QFile file(FileName::fromUtf8(fileName));
     if (!file.open(QIODevice::ReadOnly)) {
         return fail(FaxPageErrorCode::FileNotFound, "file not found");
     }

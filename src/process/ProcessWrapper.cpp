@@ -7,11 +7,23 @@
 #include <QIODevice>
 #include <QString>
 
+#include <csignal>
+
 namespace {
 
 bool hasSucceeded(const QProcess& process)
 {
     return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+}
+
+// QProcess makes the whole program ignore SIGPIPE, although nothing is written
+// to a child here. What a broken pipe does to the program is not its choice.
+void startProcess(QProcess& process, const QString& program, const QStringList& arguments)
+{
+    struct sigaction before = {};
+    sigaction(SIGPIPE, nullptr, &before);
+    process.start(program, arguments, QIODevice::ReadWrite);
+    sigaction(SIGPIPE, &before, nullptr);
 }
 
 } // namespace
@@ -24,7 +36,7 @@ ProcessWrapper::ProcessWrapper(QProcess& process, int timeoutMs)
 
 bool ProcessWrapper::execute(const QString& program, const QStringList& arguments) const
 {
-    m_process.start(program, arguments, QIODevice::ReadWrite);
+    startProcess(m_process, program, arguments);
     if (!m_process.waitForFinished(m_timeoutMs)) {
         return false;
     }
@@ -44,7 +56,7 @@ bool ProcessWrapper::execute(const QString& program, const QStringList& argument
 bool ProcessWrapper::execute(const QString& program, const QStringList& arguments,
                              ProcessOutputHandler* handler) const
 {
-    m_process.start(program, arguments, QIODevice::ReadWrite);
+    startProcess(m_process, program, arguments);
     if (!m_process.waitForStarted(m_timeoutMs)) {
         return false;
     }

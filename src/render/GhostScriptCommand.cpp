@@ -59,15 +59,17 @@ unsigned long GhostScriptCommand::getPageCount() const
 
 QByteArray GhostScriptCommand::query(const QString& postScript) const
 {
-    const GhostScriptFileName name(m_fileName);
-    if (!name.isLiteral() || !PdfSignature::isPdfFile(m_fileName)) {
+    if (!isSafe()) {
         return QByteArray();
     }
     // The query opens the file by name, which only -dNOSAFER allows.
-    const QStringList arguments = {QStringLiteral("-q"),           QStringLiteral("-dBATCH"),
-                                   QStringLiteral("-dNODISPLAY"),  QStringLiteral("-dNOPAUSE"),
-                                   QStringLiteral("-dNOSAFER"),    QStringLiteral("-c"),
-                                   postScript.arg(name.argument())};
+    const QStringList arguments = {QStringLiteral("-q"),
+                                   QStringLiteral("-dBATCH"),
+                                   QStringLiteral("-dNODISPLAY"),
+                                   QStringLiteral("-dNOPAUSE"),
+                                   QStringLiteral("-dNOSAFER"),
+                                   QStringLiteral("-c"),
+                                   postScript.arg(GhostScriptFileName(m_fileName).argument())};
     QByteArray answer;
     ProcessWrapper::executeProcess(program, arguments, &answer);
     return answer;
@@ -77,8 +79,7 @@ bool GhostScriptCommand::renderPages(unsigned long firstPage, unsigned long last
                                      const RenderSize& size, const QString& device,
                                      ProcessOutputHandler* handler) const
 {
-    const GhostScriptFileName name(m_fileName);
-    if (!name.isLiteral()) {
+    if (!isSafe()) {
         return false;
     }
     QStringList arguments = {QStringLiteral("-q"),
@@ -97,6 +98,11 @@ bool GhostScriptCommand::renderPages(unsigned long firstPage, unsigned long last
     if (!size.size.isEmpty()) {
         arguments << QStringLiteral("-g%1x%2").arg(size.size.width()).arg(size.size.height());
     }
-    arguments << QStringLiteral("-sOutputFile=-") << name.argument();
+    arguments << QStringLiteral("-sOutputFile=-") << GhostScriptFileName(m_fileName).argument();
     return ProcessWrapper::executeProcess(program, arguments, handler);
+}
+
+bool GhostScriptCommand::isSafe() const
+{
+    return GhostScriptFileName(m_fileName).isLiteral() && PdfSignature::isPdfFile(m_fileName);
 }

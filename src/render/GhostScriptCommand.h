@@ -40,6 +40,9 @@ public:
                      const QString& device, ProcessOutputHandler* handler) const;
 
 private:
+    /// True if Ghostscript opens this very file, and as a PDF.
+    bool isSafe() const;
+
     /// Runs a PostScript program in which "%1" stands for the file name; what
     /// it printed, empty on failure.
     QByteArray query(const QString& postScript) const;
