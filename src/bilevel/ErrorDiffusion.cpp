@@ -86,7 +86,7 @@ public:
     // Sets the grey levels of one of the rows.
     void setRow(int lane, const std::vector<std::uint8_t>& levels)
     {
-        std::uint8_t* level = &m_levels[static_cast<std::size_t>(lag * lane * lanes + lane)];
+        std::uint8_t* level = &m_levels[static_cast<std::size_t>(lane) * (lag * lanes + 1)];
         for (const std::uint8_t value : levels) {
             *level = value;
             level += lanes;
@@ -121,7 +121,7 @@ public:
     // Packs one of the rows into bits, 1 for black and 0 beyond the width.
     void copyRow(int lane, uchar* row) const
     {
-        const std::uint16_t* black = &m_black[static_cast<std::size_t>(lag * lane)];
+        const std::uint16_t* black = &m_black[static_cast<std::size_t>(lane) * lag];
         for (int x = 0; x < m_width; x += byteBits) {
             unsigned bits = 0;
             for (int i = 0; i < byteBits; ++i) {

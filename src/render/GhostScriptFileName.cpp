@@ -36,5 +36,9 @@ QString GhostScriptFileName::argument() const
     // leading white space is skipped.
     static const QString specialFirst = QStringLiteral("-@% \t\n\v\f");
     const bool isSpecial = !m_fileName.isEmpty() && specialFirst.contains(m_fileName.at(0));
-    return isSpecial ? QStringLiteral("./") + m_fileName : m_fileName;
+    // Ghostscript runs a program of its own instead of the document if a bare
+    // name is that of one. With "./" it fails cleanly in such a case.
+    const bool isProgram =
+        !m_fileName.contains(QLatin1Char('/')) && m_fileName.endsWith(QLatin1String(".ps"));
+    return isSpecial || isProgram ? QStringLiteral("./") + m_fileName : m_fileName;
 }
