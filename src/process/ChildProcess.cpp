@@ -11,6 +11,13 @@ ChildProcess::ChildProcess(ProcessChannelMode channelMode) : m_parentPid(getpid(
     setProcessChannelMode(channelMode);
 }
 
+ChildProcess::~ChildProcess()
+{
+    // QProcess would go on reading, and without the memory to do so, throw out
+    // of its destructor.
+    closeReadChannel(QProcess::StandardOutput);
+}
+
 // Runs in the child between fork and exec: async-signal-safe calls only.
 void ChildProcess::setupChildProcess()
 {

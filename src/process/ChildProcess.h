@@ -8,6 +8,9 @@ class ChildProcess final : public QProcess
 public:
     explicit ChildProcess(ProcessChannelMode channelMode);
 
+    /// Kills the child if it is still running.
+    ~ChildProcess() override;
+
 protected:
     void setupChildProcess() override;
 

@@ -17,6 +17,17 @@ bool areParenthesesBalanced(const QString& text)
     return depth == 0;
 }
 
+// True for names that Ghostscript looks for in its own folders first: with a
+// document called align.ps it would run its program of that name instead.
+bool isNameOfProgram(QString fileName)
+{
+    const QString thisFolder = QStringLiteral("./");
+    while (fileName.startsWith(thisFolder)) {
+        fileName.remove(0, thisFolder.size());
+    }
+    return !fileName.contains(QLatin1Char('/')) && fileName.endsWith(QLatin1String(".ps"));
+}
+
 } // namespace
 
 GhostScriptFileName::GhostScriptFileName(const QString& fileName) : m_fileName(fileName) {}
@@ -27,7 +38,8 @@ bool GhostScriptFileName::isLiteral() const
     // reads as a line feed, and a parenthesis without its partner ends the
     // string. Ghostscript drops byte order marks from its arguments.
     return !m_fileName.contains(QLatin1Char('\\')) && !m_fileName.contains(QLatin1Char('\r')) &&
-           !m_fileName.contains(byteOrderMark) && areParenthesesBalanced(m_fileName);
+           !m_fileName.contains(byteOrderMark) && areParenthesesBalanced(m_fileName) &&
+           !isNameOfProgram(m_fileName);
 }
 
 QString GhostScriptFileName::argument() const
@@ -36,9 +48,5 @@ QString GhostScriptFileName::argument() const
     // leading white space is skipped.
     static const QString specialFirst = QStringLiteral("-@% \t\n\v\f");
     const bool isSpecial = !m_fileName.isEmpty() && specialFirst.contains(m_fileName.at(0));
-    // Ghostscript runs a program of its own instead of the document if a bare
-    // name is that of one. With "./" it fails cleanly in such a case.
-    const bool isProgram =
-        !m_fileName.contains(QLatin1Char('/')) && m_fileName.endsWith(QLatin1String(".ps"));
-    return isSpecial || isProgram ? QStringLiteral("./") + m_fileName : m_fileName;
+    return isSpecial ? QStringLiteral("./") + m_fileName : m_fileName;
 }

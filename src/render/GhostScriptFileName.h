@@ -15,8 +15,7 @@ public:
     bool isLiteral() const;
 
     /// The name as it is handed over: the name as it is, or with "./" in front
-    /// where its first character would make it something else than a file name
-    /// or where Ghostscript could run a program of its own of that name.
+    /// where its first character would make it something else than a file name.
     QString argument() const;
 
 private:

@@ -75,16 +75,21 @@ bool getRenderedPages(const QString& fileName, unsigned long firstPage, unsigned
                       const RenderSize& renderSize, std::deque<QImage>& pages)
 {
     std::deque<QImage> images;
-    ProcessBytesMultiWriter writer(lastPage - firstPage + 1, [&images, &renderSize] {
+    // A page that could not be made is missing from the stream for good: the
+    // next one would start in the middle of its rows.
+    bool isPageMissing = false;
+    ProcessBytesMultiWriter writer(lastPage - firstPage + 1, [&] {
         QImage image = createPageImage(renderSize.size);
         if (image.isNull()) {
+            isPageMissing = true;
             return BytesCopy();
         }
         images.push_back(std::move(image));
         return pixelsOf(images.back());
     });
-    if (!GhostScriptCommand(fileName).renderPages(firstPage, lastPage, renderSize, bitDevice,
-                                                  &writer)) {
+    const bool ok = GhostScriptCommand(fileName).renderPages(firstPage, lastPage, renderSize,
+                                                             bitDevice, &writer);
+    if (!ok || isPageMissing) {
         return false;
     }
     pages = std::move(images);

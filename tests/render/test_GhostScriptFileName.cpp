@@ -244,8 +244,9 @@ const RealRow realRows[] = {
     {"AReversedByteOrderMarkInFront", QStringLiteral(u"\ufffe-dNOSAFER"), Outcome::converts},
     {"AReplacementCharacter", QStringLiteral(u"\ufffd.pdf"), Outcome::converts},
     {"AFileOfGhostscriptItself", QStringLiteral("cidfmap"), Outcome::failsToRender},
-    {"AProgramOfGhostscriptItself", QStringLiteral("align.ps"), Outcome::failsToRender},
-    {"TheStartOfGhostscriptItself", QStringLiteral("gs_init.ps"), Outcome::failsToRender},
+    {"AProgramOfGhostscriptItself", QStringLiteral("align.ps"), Outcome::isRefused},
+    {"AProgramOfGhostscriptItselfInThisFolder", QStringLiteral("./align.ps"), Outcome::isRefused},
+    {"TheStartOfGhostscriptItself", QStringLiteral("gs_init.ps"), Outcome::isRefused},
 };
 
 /// Real Ghostscript in a folder with a document of a hostile name, and with the
