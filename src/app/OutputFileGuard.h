@@ -9,8 +9,8 @@
 
 /// Sees to it that no partly written output file is left behind, whether the
 /// conversion fails, throws, or is ended by a signal: SIGHUP, SIGINT, SIGPIPE,
-/// SIGTERM, or a limit on processor time or file size (SIGXCPU, SIGXFSZ). At
-/// most one guard exists at a time.
+/// SIGTERM, a limit (SIGXCPU, SIGXFSZ), or a crash in a library (SIGABRT, SIGBUS,
+/// SIGSEGV). At most one guard exists at a time.
 ///
 /// Only the very file that was opened is removed, and only if it is a regular
 /// one: a device or a fifo stays. Where the name is a symbolic link, the link
@@ -41,8 +41,8 @@ public:
     void keep();
 
 private:
-    static constexpr std::array<int, 6> signalNumbers = {SIGHUP,  SIGINT,  SIGPIPE,
-                                                         SIGTERM, SIGXCPU, SIGXFSZ};
+    static constexpr std::array<int, 9> signalNumbers = {SIGABRT, SIGBUS,  SIGHUP,  SIGINT, SIGPIPE,
+                                                         SIGSEGV, SIGTERM, SIGXCPU, SIGXFSZ};
 
     static void handleSignal(int number);
 
