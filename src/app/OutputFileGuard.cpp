@@ -105,6 +105,11 @@ void OutputFileGuard::handleSignal(int number)
         guard->removeFile();
     }
     signal(number, SIG_DFL);
+    for (std::size_t i = 0; guard != nullptr && i < signalNumbers.size(); ++i) {
+        if (signalNumbers[i] == number) {
+            sigaction(number, &guard->m_actionsBefore[i], nullptr);
+        }
+    }
     raise(number); // delivered when the handler returns
     errno = errnoBefore;
 }

@@ -7,9 +7,12 @@
 //               stack of the allocation and, if the program crashes, a line
 //               "crash" with the call stack of that
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 
@@ -19,12 +22,16 @@
 
 // The names behind asm() are those for the linker. These are exported by glibc,
 // but declared nowhere,
+extern "C" int libcSigaction(int number, const struct sigaction* action,
+                             struct sigaction* before) asm("__sigaction");
 extern "C" void* libcMalloc(size_t size) asm("__libc_malloc");
 extern "C" void* libcCalloc(size_t count, size_t size) asm("__libc_calloc");
 extern "C" void* libcRealloc(void* memory, size_t size) asm("__libc_realloc");
 extern "C" void* libcMemalign(size_t alignment, size_t size) asm("__libc_memalign");
 
 // and these take the place of the usual ones.
+extern "C" int faultySigaction(int number, const struct sigaction* action,
+                               struct sigaction* before) asm("sigaction");
 extern "C" void* faultyMalloc(size_t size) asm("malloc");
 extern "C" void* faultyCalloc(size_t count, size_t size) asm("calloc");
 extern "C" void* faultyRealloc(void* memory, size_t size) asm("realloc");
@@ -55,11 +62,18 @@ void reportStack(const char* title)
     close(report);
 }
 
+constexpr std::array<int, 3> crashSignals = {SIGABRT, SIGBUS, SIGSEGV};
+
+// What the program itself wants to do about each of them.
+std::array<struct sigaction, crashSignals.size()> programActions = {};
+
 void reportCrash(int number)
 {
     reportStack("crash\n");
-    signal(number, SIG_DFL);
-    raise(number);
+    const auto* const signal = std::find(crashSignals.begin(), crashSignals.end(), number);
+    libcSigaction(number, &programActions[static_cast<std::size_t>(signal - crashSignals.begin())],
+                  nullptr);
+    raise(number); // delivered when this returns
 }
 
 const char* setting(const char* name)
@@ -75,9 +89,11 @@ __attribute__((constructor)) void readSettings()
     unsetenv("LD_PRELOAD");
     void* frame = nullptr;
     backtrace(&frame, 1); // loads what it needs now, not in a signal handler
-    signal(SIGSEGV, reportCrash);
-    signal(SIGABRT, reportCrash);
-    signal(SIGBUS, reportCrash);
+    struct sigaction action = {};
+    action.sa_handler = reportCrash;
+    for (const int number : crashSignals) {
+        libcSigaction(number, &action, nullptr);
+    }
     faultReport = setting("FAULT_REPORT");
     faultLasts = std::strcmp(setting("FAULT_LASTS"), "1") == 0;
     faultNumber = std::atol(setting("FAULT_NUMBER"));
@@ -98,6 +114,24 @@ bool strikes(size_t size)
 }
 
 } // namespace
+
+// The reporting of a crash stays in front of whatever the program does about it.
+int faultySigaction(int number, const struct sigaction* action, struct sigaction* before)
+{
+    const auto* const signal = std::find(crashSignals.begin(), crashSignals.end(), number);
+    if (signal == crashSignals.end()) {
+        return libcSigaction(number, action, before);
+    }
+    struct sigaction& programAction =
+        programActions[static_cast<std::size_t>(signal - crashSignals.begin())];
+    if (before != nullptr) {
+        *before = programAction;
+    }
+    if (action != nullptr) {
+        programAction = *action;
+    }
+    return 0;
+}
 
 void* faultyMalloc(size_t size)
 {
