@@ -3,10 +3,17 @@
 #include <QByteArray>
 #include <QFile>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int startLength = 1023;
 constexpr char lastSkippedByte = 0x20;
+
+// More than this is never skipped: a device file or a file with a hole could
+// go on with zeros for ever.
+constexpr int longestSkip = 16 * 1024 * 1024;
+constexpr int blockLength = 16 * 1024;
 
 bool isSkipped(char byte)
 {
@@ -15,11 +22,13 @@ bool isSkipped(char byte)
 
 QByteArray startOf(QIODevice& device)
 {
-    char byte = 0;
-    while (device.getChar(&byte)) {
-        if (!isSkipped(byte)) {
-            device.ungetChar(byte);
-            return device.read(startLength);
+    QByteArray block;
+    for (int skipped = 0; skipped < longestSkip; skipped += block.size()) {
+        block = device.read(blockLength);
+        const auto* first = std::find_if_not(block.cbegin(), block.cend(), isSkipped);
+        if (block.isEmpty() || first != block.cend()) {
+            block.remove(0, static_cast<int>(first - block.cbegin()));
+            return (block + device.read(startLength)).left(startLength);
         }
     }
     return QByteArray();

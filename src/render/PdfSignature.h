@@ -8,7 +8,8 @@ class QString;
 class PdfSignature
 {
 public:
-    /// True if the file can be read and is a PDF.
+    /// True if the file can be read and is a PDF. A file that starts with 16 MiB
+    /// of bytes of value 0x20 or below is not.
     static bool isPdfFile(const QString& fileName);
 
     /// The rule on the first bytes of a file: `start` holds up to 1023 bytes

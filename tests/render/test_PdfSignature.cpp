@@ -14,6 +14,8 @@
 
 namespace {
 
+constexpr int longestSkip = 16 * 1024 * 1024;
+
 QByteArray junk(int count)
 {
     return QByteArray(count, 'x');
@@ -50,6 +52,14 @@ const Row rows[] = {
     {"JunkOf1019BytesIsNone", junk(1019) + "%PDF-1.4\n", false},
     {"PostScriptJustInsideTheStartIsNone", junk(1000) + "%!PS%PDF-1.4\n", false},
     {"SpacesInFrontAreSkipped", QByteArray(5000, ' ') + "%PDF-1.4\n", true},
+    {"AHeaderThatSpansTwoBlocksIsRead", QByteArray(16 * 1024 - 2, ' ') + "%PDF-1.4\n", true},
+    {"AHeaderAtTheStartOfABlockIsRead", QByteArray(16 * 1024, ' ') + "%PDF-1.4\n", true},
+    {"JunkThatSpansTwoBlocksCounts",
+     QByteArray(16 * 1024 - 500, ' ') + junk(1018) + "%PDF-1.4\n", true},
+    {"TooMuchJunkThatSpansTwoBlocksCounts",
+     QByteArray(16 * 1024 - 500, ' ') + junk(1019) + "%PDF-1.4\n", false},
+    {"ALongRunOfNullBytesIsSkipped", QByteArray(longestSkip - 1, '\0') + "%PDF-1.4\n", true},
+    {"AnEndlessRunOfNullBytesIsNotSkipped", QByteArray(longestSkip, '\0') + "%PDF-1.4\n", false},
     {"NullBytesInFrontAreSkipped", QByteArray(5000, '\0') + "%PDF-1.4\n", true},
     {"EveryControlCharacterInFrontIsSkipped",
      QByteArray("\x01\x02\x03\x04\x05\x06\x07\x08\t\n\v\f\r\x0e\x0f\x10\x11\x12\x13\x14\x15\x16"
@@ -111,6 +121,11 @@ TEST(PdfSignature, LooksThroughALink)
     folder.write("document", "%PDF-1.4\n");
     ASSERT_EQ(symlink("document", folder.path("link.pdf").c_str()), 0);
     EXPECT_TRUE(PdfSignature::isPdfFile(folder.qPath(QStringLiteral("link.pdf"))));
+}
+
+TEST(PdfSignature, ADeviceThatNeverEndsIsNone)
+{
+    EXPECT_FALSE(PdfSignature::isPdfFile(QStringLiteral("/dev/zero")));
 }
 
 TEST(PdfSignature, TellsThePureRuleFromBytesAlone)
