@@ -96,8 +96,7 @@ public:
     // True if the rows above spread nothing into these.
     bool isSettled() const
     {
-        return std::count(m_fromAbove.begin(), m_fromAbove.end(), 0) ==
-               static_cast<std::ptrdiff_t>(m_fromAbove.size());
+        return std::all_of(m_fromAbove.begin(), m_fromAbove.end(), [](int e) { return e == 0; });
     }
 
     // Dithers the rows; those that come next follow below them.
@@ -140,15 +139,12 @@ private:
 
 void setLevels(const QImage& image, const QRect& source, int y, std::uint8_t* levels)
 {
-    const uchar* row = image.constScanLine(y);
-    const int width = source.width();
-    if (image.format() == QImage::Format_Grayscale8) {
-        std::copy_n(row + source.x(), width, levels);
-        return;
+    const bool isGrey = image.format() == QImage::Format_Grayscale8;
+    const uchar* greys = image.constScanLine(y);
+    const auto* colours = reinterpret_cast<const QRgb*>(greys);
+    for (int x = source.left(); x <= source.right(); ++x) {
+        *levels++ = isGrey ? greys[x] : static_cast<std::uint8_t>(qGray(colours[x]));
     }
-    const auto* pixels = reinterpret_cast<const QRgb*>(row) + source.x();
-    std::transform(pixels, pixels + width, levels,
-                   [](QRgb pixel) { return static_cast<std::uint8_t>(qGray(pixel)); });
 }
 
 } // namespace
