@@ -38,9 +38,11 @@ protected:
 
     // Sends the signal when the stand-in has been started so many times. The
     // result comes only when the stand-in has ended as well.
-    ProgramResult interrupt(const ProgramStart& conversion, const FakeGhostscript& ghostscript,
+    ProgramResult interrupt(ProgramStart conversion, const FakeGhostscript& ghostscript,
                             std::size_t runCount, int signal) const
     {
+        // A sanitized program would report a crash and exit instead.
+        conversion.environment["ASAN_OPTIONS"] = "handle_abort=0:handle_segv=0:handle_sigbus=0";
         ProgramRun run(conversion);
         waitForRuns(ghostscript, runCount);
         EXPECT_TRUE(exists("out.tif"));
@@ -62,10 +64,16 @@ const Row rows[] = {
     {"TerminationInTheQuery", SIGTERM, silentQuery, 1},
     {"HangupInTheQuery", SIGHUP, silentQuery, 1},
     {"BrokenPipeInTheQuery", SIGPIPE, silentQuery, 1},
+    {"CpuLimitInTheQuery", SIGXCPU, silentQuery, 1},
+    {"FileSizeLimitInTheQuery", SIGXFSZ, silentQuery, 1},
+    {"AbortInTheQuery", SIGABRT, silentQuery, 1},
+    {"BusErrorInTheQuery", SIGBUS, silentQuery, 1},
+    {"InvalidAccessInTheQuery", SIGSEGV, silentQuery, 1},
     {"InterruptInTheRun", SIGINT, silentRun, 2},
     {"TerminationInTheRun", SIGTERM, silentRun, 2},
     {"HangupInTheRun", SIGHUP, silentRun, 2},
     {"BrokenPipeInTheRun", SIGPIPE, silentRun, 2},
+    {"InvalidAccessInTheRun", SIGSEGV, silentRun, 2},
 };
 
 class EndingSignal : public InterruptedConversion, public testing::WithParamInterface<Row>
