@@ -13,18 +13,26 @@ function(morvaltide_add_test folder)
   # Two thirds of the time to compile a test go into these headers.
   target_precompile_headers(${target} PRIVATE
     <gtest/gtest.h> <QByteArray> <QImage> <QString> <QStringList> <string> <vector>)
-  if(MORVALTIDE_SANITIZERS)
-    # Every start of a sanitized program takes a second, so one start has to do.
-    add_test(NAME ${target} COMMAND ${target} --gtest_brief=1)
-    set_tests_properties(${target} PROPERTIES TIMEOUT 1200 LABELS "${ARG_LABELS}")
-    return()
-  endif()
-  set(labels)
+  set(properties)
   if(ARG_LABELS)
-    set(labels LABELS "${ARG_LABELS}")
+    list(APPEND properties LABELS ${ARG_LABELS})
+  endif()
+  if("slow" IN_LIST ARG_LABELS)
+    list(APPEND properties COST 100) # they mostly wait: first of all, beside the others
+  endif()
+  if(MORVALTIDE_SANITIZERS)
+    # Every start of a sanitized program takes long, so a few starts have to do.
+    set(shards 4)
+    foreach(shard RANGE 1 ${shards})
+      math(EXPR index "${shard} - 1")
+      add_test(NAME ${target}.${shard} COMMAND ${target} --gtest_brief=1)
+      set_tests_properties(${target}.${shard} PROPERTIES TIMEOUT 1200 ${properties}
+        ENVIRONMENT "GTEST_TOTAL_SHARDS=${shards};GTEST_SHARD_INDEX=${index}")
+    endforeach()
+    return()
   endif()
   gtest_discover_tests(${target}
     NO_PRETTY_VALUES
     DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 300 ${labels})
+    PROPERTIES TIMEOUT 300 ${properties})
 endfunction()
