@@ -14,7 +14,8 @@ namespace {
 // Stand-ins for Ghostscript that say nothing and never end, the one when asked
 // for the page sizes, the other when asked for pages. "exec" leaves one process.
 const char* const silentQuery = "exec sleep 1000";
-const char* const silentRun = "case $* in *-c*) echo 0 0 612 792;; *) exec sleep 1000;; esac";
+const char* const silentRun =
+    "case \"$*\" in *' -c '*) echo 0 0 612 792;; *) exec sleep 1000;; esac";
 
 class InterruptedConversion : public CliTest
 {

@@ -37,7 +37,7 @@ protected:
     // `commands` for the runs that render; the query has its real answer.
     static QByteArray whenRendering(const QByteArray& commands)
     {
-        return "case \"$*\" in *-c*) " + FakeGhostscript::realGhostscript() + ";; esac\n" +
+        return "case \"$*\" in *' -c '*) " + FakeGhostscript::realGhostscript() + ";; esac\n" +
                commands + '\n';
     }
 

@@ -54,16 +54,18 @@ TEST_F(HangingGhostscript, InTheQueryIsAFailureAfterHalfAMinute)
 TEST_F(HangingGhostscript, InASinglePageIsAFailureAfterAMinute)
 {
     m_folder.write("a.pdf", SamplePdf::equalPages(1));
-    const FakeGhostscript ghostscript("case \"$*\" in *-c*) " + FakeGhostscript::realGhostscript() +
-                                      ";; esac\n" + hanging(m_record));
+    const FakeGhostscript ghostscript("case \"$*\" in *' -c '*) " +
+                                      FakeGhostscript::realGhostscript() + ";; esac\n" +
+                                      hanging(m_record));
     expectFailure("invalid data", std::chrono::seconds(60));
 }
 
 TEST_F(HangingGhostscript, InARunIsAFailureAfterAMinute)
 {
     m_folder.write("a.pdf", SamplePdf::equalPages(3));
-    const FakeGhostscript ghostscript("case \"$*\" in *-c*) " + FakeGhostscript::realGhostscript() +
-                                      ";; esac\n" + hanging(m_record));
+    const FakeGhostscript ghostscript("case \"$*\" in *' -c '*) " +
+                                      FakeGhostscript::realGhostscript() + ";; esac\n" +
+                                      hanging(m_record));
     expectFailure("invalid data", std::chrono::seconds(60));
 }
 
