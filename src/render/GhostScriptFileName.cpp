@@ -17,15 +17,12 @@ bool areParenthesesBalanced(const QString& text)
     return depth == 0;
 }
 
-// True for names that Ghostscript looks for in its own folders first: with a
-// document called align.ps it would run its program of that name instead.
-bool isNameOfProgram(QString fileName)
+// True for relative names that could be those of programs in Ghostscript's own
+// folders, where it looks first: with align.ps, even with ./align.ps, it would
+// run its program of that name instead of reading the document.
+bool couldBeProgram(const QString& fileName)
 {
-    const QString thisFolder = QStringLiteral("./");
-    while (fileName.startsWith(thisFolder)) {
-        fileName.remove(0, thisFolder.size());
-    }
-    return !fileName.contains(QLatin1Char('/')) && fileName.endsWith(QLatin1String(".ps"));
+    return !fileName.startsWith(QLatin1Char('/')) && fileName.endsWith(QLatin1String(".ps"));
 }
 
 } // namespace
@@ -38,8 +35,7 @@ bool GhostScriptFileName::isLiteral() const
     // reads as a line feed, and a parenthesis without its partner ends the
     // string. Ghostscript drops byte order marks from its arguments.
     return !m_fileName.contains(QLatin1Char('\\')) && !m_fileName.contains(QLatin1Char('\r')) &&
-           !m_fileName.contains(byteOrderMark) && areParenthesesBalanced(m_fileName) &&
-           !isNameOfProgram(m_fileName);
+           !m_fileName.contains(byteOrderMark) && areParenthesesBalanced(m_fileName);
 }
 
 QString GhostScriptFileName::argument() const
@@ -47,6 +43,8 @@ QString GhostScriptFileName::argument() const
     // '-' starts an option, '@' names a file of arguments, '%' a device, and
     // leading white space is skipped.
     static const QString specialFirst = QStringLiteral("-@% \t\n\v\f");
-    const bool isSpecial = !m_fileName.isEmpty() && specialFirst.contains(m_fileName.at(0));
-    return isSpecial ? QStringLiteral("./") + m_fileName : m_fileName;
+    if (!m_fileName.isEmpty() && specialFirst.contains(m_fileName.at(0))) {
+        return QStringLiteral("./") + m_fileName;
+    }
+    return couldBeProgram(m_fileName) ? QStringLiteral("/proc/self/cwd/") + m_fileName : m_fileName;
 }

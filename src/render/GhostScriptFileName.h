@@ -15,7 +15,9 @@ public:
     bool isLiteral() const;
 
     /// The name as it is handed over: the name as it is, or with "./" in front
-    /// where its first character would make it something else than a file name.
+    /// where its first character would make it something else than a file name,
+    /// or with the working folder in front where it could be that of one of
+    /// Ghostscript's own programs (a relative name that ends in ".ps").
     QString argument() const;
 
 private:

@@ -35,6 +35,11 @@ Row behindAFolder(const char* name, const QString& fileName)
     return {name, fileName, true, QStringLiteral("./") + fileName};
 }
 
+Row inTheWorkingFolder(const char* name, const QString& fileName)
+{
+    return {name, fileName, true, QStringLiteral("/proc/self/cwd/") + fileName};
+}
+
 Row refused(const char* name, const QString& fileName)
 {
     return {name, fileName, false, QString()};
@@ -123,6 +128,14 @@ const Row rows[] = {
     refused("ACarriageReturnInFront", QStringLiteral("\rplain.pdf")),
     refused("ACarriageReturnAtTheEnd", QStringLiteral("plain.pdf\r")),
     refused("ACarriageReturnAndALineFeed", QStringLiteral("a\r\nb.pdf")),
+    inTheWorkingFolder("ANameOfAProgram", QStringLiteral("align.ps")),
+    inTheWorkingFolder("ANameOfAProgramInThisFolder", QStringLiteral("./align.ps")),
+    inTheWorkingFolder("ANameOfAProgramInTheFolderAbove", QStringLiteral("../lib/align.ps")),
+    behindAFolder("ANameOfAProgramBehindADash", QStringLiteral("-align.ps")),
+    asItIs("AnAbsoluteNameOfAProgram", QStringLiteral("/tmp/align.ps")),
+    asItIs("ASuffixOfProgramsInCapitals", QStringLiteral("ALIGN.PS")),
+    asItIs("ASuffixOfProgramsInside", QStringLiteral("align.ps.pdf")),
+
     refused("AByteOrderMarkInFront", QStringLiteral(u"\ufeff%pipe%touch P")),
     refused("AByteOrderMarkInFrontOfADash", QStringLiteral(u"\ufeff-dNOSAFER")),
     refused("AByteOrderMarkInside", QStringLiteral(u"a\ufeffb.pdf")),
@@ -244,9 +257,10 @@ const RealRow realRows[] = {
     {"AReversedByteOrderMarkInFront", QStringLiteral(u"\ufffe-dNOSAFER"), Outcome::converts},
     {"AReplacementCharacter", QStringLiteral(u"\ufffd.pdf"), Outcome::converts},
     {"AFileOfGhostscriptItself", QStringLiteral("cidfmap"), Outcome::failsToRender},
-    {"AProgramOfGhostscriptItself", QStringLiteral("align.ps"), Outcome::isRefused},
-    {"AProgramOfGhostscriptItselfInThisFolder", QStringLiteral("./align.ps"), Outcome::isRefused},
-    {"TheStartOfGhostscriptItself", QStringLiteral("gs_init.ps"), Outcome::isRefused},
+    {"AProgramOfGhostscriptItself", QStringLiteral("align.ps"), Outcome::converts},
+    {"AProgramOfGhostscriptItselfInThisFolder", QStringLiteral("./align.ps"), Outcome::converts},
+    {"ASuffixOfPrograms", QStringLiteral("report.ps"), Outcome::converts},
+    {"TheStartOfGhostscriptItself", QStringLiteral("gs_init.ps"), Outcome::converts},
 };
 
 /// Real Ghostscript in a folder with a document of a hostile name, and with the
