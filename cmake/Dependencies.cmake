@@ -1,16 +1,21 @@
-# Every library comes from the system. Each message names the Debian package
-# that holds what is missing.
+# Every library comes from the system. One message names the Debian packages of
+# all that is missing.
 
 # A macro, because a function would hide the variables that find_package sets.
 macro(morvaltide_find package debianPackage)
   find_package(${package} ${ARGN} QUIET)
   if(NOT ${package}_FOUND)
-    message(FATAL_ERROR "${package} was not found: install the Debian package ${debianPackage}.")
+    list(APPEND morvaltide_missing ${package})
+    list(APPEND morvaltide_missing_debian ${debianPackage})
   endif()
 endmacro()
 
+set(morvaltide_missing)
+set(morvaltide_missing_debian)
+
 morvaltide_find(Qt5 qtbase5-dev 5.15 COMPONENTS Core Gui)
-morvaltide_find(Boost libboost-program-options-dev 1.53 CONFIG COMPONENTS program_options)
+morvaltide_find(Boost "libboost-dev;libboost-program-options-dev" 1.53 CONFIG
+  COMPONENTS program_options)
 morvaltide_find(fmt libfmt-dev 6)
 morvaltide_find(TIFF libtiff-dev)
 if(BUILD_TESTING)
@@ -18,4 +23,11 @@ if(BUILD_TESTING)
 endif()
 if(MORVALTIDE_BENCHMARKS)
   morvaltide_find(benchmark libbenchmark-dev)
+endif()
+
+if(morvaltide_missing)
+  list(JOIN morvaltide_missing ", " morvaltide_missing)
+  list(JOIN morvaltide_missing_debian " " morvaltide_missing_debian)
+  message(FATAL_ERROR "Not found: ${morvaltide_missing}. "
+    "Install the Debian packages ${morvaltide_missing_debian}.")
 endif()
