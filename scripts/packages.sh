@@ -30,8 +30,8 @@ packagePackages=(
     file
 )
 
-# The tests of batches over SSH and of systemd units are skipped without sshd
-# and systemd-analyze: to check sources is no reason to start services.
+# The test of batches over SSH is skipped without sshd: its package starts a
+# service, for which checking sources is no reason.
 testPackages=(
     libgtest-dev
     libspandsp-dev # sends the result through a fax call
@@ -40,12 +40,14 @@ testPackages=(
     openssh-client
     parallel
     python3
+    systemd # checks the units of the recipes
     zlib1g-dev
 )
 
 checkPackages=(
     clang-format-14
     clang-tidy-14
+    lintian
     shellcheck
 )
 
