@@ -3,6 +3,8 @@
 //
 //   baseline application
 //       creates an offscreen application object, nothing more;
+//   baseline version
+//       prints the version of Qt;
 //   baseline raster INPUT WIDTH HEIGHT PAGES OUTPUT
 //       decodes every page of INPUT at that size with Qt, and encodes the
 //       bilevel pages of the uncompressed file PAGES in group 4 with libtiff.
@@ -82,6 +84,10 @@ bool encode(const char* pages, const char* output)
 
 int main(int argc, char** argv)
 {
+    if (argc == 2 && std::strcmp(argv[1], "version") == 0) {
+        std::cout << qVersion() << '\n';
+        return 0;
+    }
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
     if (argc == 2 && std::strcmp(argv[1], "application") == 0) {
@@ -91,6 +97,6 @@ int main(int argc, char** argv)
         const QSize size(std::atoi(argv[3]), std::atoi(argv[4]));
         return decode(QString::fromUtf8(argv[2]), size) && encode(argv[5], argv[6]) ? 0 : 1;
     }
-    std::cerr << "usage: baseline application | raster INPUT WIDTH HEIGHT PAGES OUTPUT\n";
+    std::cerr << "usage: baseline application | version | raster INPUT WIDTH HEIGHT PAGES OUTPUT\n";
     return 1;
 }

@@ -51,6 +51,16 @@ checkPackages=(
     shellcheck
 )
 
+benchPackages=(
+    gnuplot-nox
+    graphicsmagick
+    imagemagick
+    libbenchmark-dev
+    libtiff-tools
+    parallel
+    poppler-utils
+)
+
 fuzzPackages=(
     clang-14
     libclang-rt-14-dev
