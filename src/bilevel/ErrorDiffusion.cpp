@@ -1,6 +1,7 @@
 #include "bilevel/ErrorDiffusion.h"
 
 #include "bilevel/BilevelImage.h"
+#include "bilevel/GreyPicture.h"
 
 #include <QPoint>
 #include <QRect>
@@ -19,56 +20,68 @@ constexpr int whiteLevel = 255;
 constexpr int threshold = 128; // below it a pixel is black
 
 // A pixel depends on its left neighbour and on three pixels of the row above,
-// so a row can follow the one above at a distance of two pixels. Sixteen rows run
-// at a time as such a wavefront, each a lane: at step t lane k is at column
-// t - 2 * k. The lanes do the same work, which compilers turn into vectors.
+// so a row can follow the one above at some distance. Sixteen rows run at a time
+// as such a wavefront, each a lane: at step t lane k is at column t - 8 * k. The
+// lanes do the same work, which compilers turn into vectors, and all of them
+// come to the end of a byte of pixels at the same step.
 constexpr int lanes = 16;
-constexpr int lag = 2;
+constexpr int lag = byteBits;
 constexpr int lagSum = lag * (lanes - 1);
 
-// The errors of the last steps on their way to other pixels.
+// What lanes calculate in, because vectors hold twice as many of it as of int.
+// Levels with the errors that come to them are far below its limits.
+using Number = std::int16_t;
+
+// The errors of the last steps on their way to other pixels, and the pixels.
 struct Spread
 {
-    int toRight[lanes] = {};       // to the same row, wanted at the next step
-    int toBelow[lanes + 1] = {};   // element k to lane k, wanted at the next step
-    int straight[lanes] = {};      // to the pixel below, one step old
-    int belowRight[lanes] = {};    // to the pixel below right, one step old
-    int belowRightOld[lanes] = {}; // the same, two steps old
+    Number toRight[lanes] = {};          // to the same row, wanted at the next step
+    Number straight[lanes] = {};         // to the pixel below, one step old
+    Number belowRight[lanes] = {};       // to the pixel below right, one step old
+    Number belowRightOld[lanes] = {};    // the same, two steps old
+    Number toBelow[lag][lanes + 1] = {}; // by the step at which element k is wanted by lane k
+    std::uint16_t black[lanes] = {};     // the last pixels, 1 for black, the latest in bit 0
 };
 
+Number share(int sixteenths, Number error)
+{
+    return static_cast<Number>(static_cast<Number>(sixteenths * error + 8) >> 4);
+}
+
 // One step of all lanes of rows that are `width` pixels wide. A lane that is
-// outside of its row spreads nothing. The result has lane 0 in bit 15, 1 for
-// black.
+// outside of its row spreads nothing.
 //
 // Not inlined: in the loop over the steps, GCC would unroll the loops over the
 // lanes instead of turning them into vectors.
-[[gnu::noinline]] std::uint16_t advance(Spread& spread, int step, int width,
-                                        const std::uint8_t* levels)
+[[gnu::noinline]] void advance(Spread& spread, int step, int width, const std::uint8_t* levels)
 {
-    int errors[lanes];
-    int isBlack[lanes]; // all bits set or none: masks are what compilers vectorise
+    const auto begun = static_cast<Number>(std::min(step, lagSum));
+    const auto ended = static_cast<Number>(std::clamp(step - width, -1, lagSum));
+    const Number* fromAbove = spread.toBelow[step % lag];
+    Number* toBelow = spread.toBelow[(step + lag - 1) % lag] + 1;
+    Number errors[lanes];
     for (int lane = 0; lane < lanes; ++lane) {
-        const int column = step - lag * lane;
-        const int isInside = -static_cast<int>(column >= 0) & -static_cast<int>(column < width);
-        const int level = (levels[lane] + spread.toRight[lane] + spread.toBelow[lane]) & isInside;
-        isBlack[lane] = -static_cast<int>(level < threshold) & isInside;
-        errors[lane] = level - (whiteLevel & ~isBlack[lane] & isInside);
+        const auto begin = static_cast<Number>(lag * lane);
+        const auto level =
+            static_cast<Number>(levels[lane] + spread.toRight[lane] + fromAbove[lane]);
+        const bool isInside = begin <= begun && begin > ended;
+        const bool isBlack = level < threshold;
+        const auto error = static_cast<Number>(isBlack ? level : level - whiteLevel);
+        errors[lane] = isInside ? error : Number{0};
+        spread.black[lane] = static_cast<std::uint16_t>(spread.black[lane] << 1 |
+                                                        static_cast<int>(isBlack && isInside));
     }
     for (int lane = 0; lane < lanes; ++lane) {
-        const int right = (7 * errors[lane] + 8) >> 4;
-        const int straight = (5 * errors[lane] + 8) >> 4;
-        const int left = (3 * errors[lane] + 8) >> 4;
+        const Number right = share(7, errors[lane]);
+        const Number straight = share(5, errors[lane]);
+        const Number left = share(3, errors[lane]);
+        toBelow[lane] =
+            static_cast<Number>(left + spread.straight[lane] + spread.belowRightOld[lane]);
         spread.toRight[lane] = right;
-        spread.toBelow[lane + 1] = left + spread.straight[lane] + spread.belowRightOld[lane];
         spread.straight[lane] = straight;
         spread.belowRightOld[lane] = spread.belowRight[lane];
-        spread.belowRight[lane] = errors[lane] - right - straight - left;
+        spread.belowRight[lane] = static_cast<Number>(errors[lane] - right - straight - left);
     }
-    unsigned bits = 0;
-    for (int lane = 0; lane < lanes; ++lane) {
-        bits |= static_cast<unsigned>(isBlack[lane]) & (0x8000U >> lane);
-    }
-    return static_cast<std::uint16_t>(bits);
 }
 
 // As many rows of a page as there are lanes.
@@ -77,9 +90,9 @@ class Wavefront
 public:
     explicit Wavefront(int width)
         : m_width(width),
-          m_levels(static_cast<std::size_t>(width + lagSum) * lanes),
-          m_black(static_cast<std::size_t>(width + lagSum + byteBits)),
-          m_fromAbove(static_cast<std::size_t>(width + lagSum))
+          m_rowBytes((width + byteBits - 1) / byteBits),
+          m_fromAbove(static_cast<std::size_t>(m_rowBytes + lanes) * byteBits),
+          m_levels(m_fromAbove.size() * lanes)
     {
     }
 
@@ -96,64 +109,46 @@ public:
     // True if the rows above spread nothing into these.
     bool isSettled() const
     {
-        return std::all_of(m_fromAbove.begin(), m_fromAbove.end(), [](int e) { return e == 0; });
+        return std::all_of(m_fromAbove.begin(), m_fromAbove.begin() + m_width,
+                           [](Number error) { return error == 0; });
     }
 
-    // Dithers the rows; those that come next follow below them.
-    void run()
+    // Dithers the first `count` rows into the bits of `page` from row `y` on, 1
+    // for black. The rows that come next follow below.
+    void run(QImage& page, int y, int count)
     {
+        uchar* rows = page.scanLine(y);
         Spread spread;
-        for (int step = 0; step < m_width + lagSum; ++step) {
-            const auto index = static_cast<std::size_t>(step);
-            spread.toBelow[0] = m_fromAbove[index];
-            m_black[index] = advance(spread, step, m_width, &m_levels[index * lanes]);
-            if (step > lagSum) {
-                // Far behind lane 0, which has read this element already.
-                m_fromAbove[index - lagSum - 1] = spread.toBelow[lanes];
+        for (int byte = 0; byte < m_rowBytes + lanes; ++byte) {
+            for (int step = byte * byteBits; step < (byte + 1) * byteBits; ++step) {
+                const auto index = static_cast<std::size_t>(step);
+                spread.toBelow[step % lag][0] = m_fromAbove[index];
+                advance(spread, step, m_width, &m_levels[index * lanes]);
+                if (step > lagSum) {
+                    // Far behind lane 0, which has read this element already.
+                    m_fromAbove[index - lagSum - 1] = spread.toBelow[(step + lag - 1) % lag][lanes];
+                }
             }
-        }
-        // The last column gets nothing from its right.
-        m_fromAbove[static_cast<std::size_t>(m_width - 1)] =
-            spread.straight[lanes - 1] + spread.belowRightOld[lanes - 1];
-    }
-
-    // Packs one of the rows into bits, 1 for black and 0 beyond the width.
-    void copyRow(int lane, uchar* row) const
-    {
-        const std::uint16_t* black = &m_black[static_cast<std::size_t>(lane) * lag];
-        for (int x = 0; x < m_width; x += byteBits) {
-            unsigned bits = 0;
-            for (int i = 0; i < byteBits; ++i) {
-                bits = bits << 1 | (unsigned{black[x + i]} >> (lanes - 1 - lane) & 1U);
+            for (int lane = std::max(0, byte - m_rowBytes + 1); lane < std::min(count, byte + 1);
+                 ++lane) {
+                rows[lane * page.bytesPerLine() + byte - lane] =
+                    static_cast<uchar>(spread.black[lane]);
             }
-            row[x / byteBits] = static_cast<uchar>(bits);
         }
     }
 
 private:
     int m_width;
+    int m_rowBytes;
+    std::vector<Number> m_fromAbove;    // by column, error from the row above the first
     std::vector<std::uint8_t> m_levels; // by step, then lane
-    std::vector<std::uint16_t> m_black; // by step, lane 0 in the most significant bit; 0 at the end
-    std::vector<int> m_fromAbove;       // by column, error from the row above the first
 };
-
-void setLevels(const QImage& image, const QRect& source, int y, std::uint8_t* levels)
-{
-    const bool isGrey = image.format() == QImage::Format_Grayscale8;
-    const uchar* greys = image.constScanLine(y);
-    const auto* colours = reinterpret_cast<const QRgb*>(greys);
-    for (int x = source.left(); x <= source.right(); ++x) {
-        *levels++ = isGrey ? greys[x] : static_cast<std::uint8_t>(qGray(colours[x]));
-    }
-}
 
 } // namespace
 
 bool ErrorDiffusion::isSupported(const QImage& image)
 {
-    return (image.format() == QImage::Format_RGB32 ||
-            image.format() == QImage::Format_Grayscale8) &&
-           image.devicePixelRatio() == 1.0;
+    return GreyPicture::isReadable(image) && image.devicePixelRatio() == 1.0;
 }
 
 QImage ErrorDiffusion::dithered(const QImage& image, const QRect& source, const QSize& size,
@@ -170,16 +165,14 @@ QImage ErrorDiffusion::dithered(const QImage& image, const QRect& source, const 
          first += lanes) {
         for (int lane = 0; lane < lanes; ++lane) {
             std::fill(levels.begin(), levels.end(), std::uint8_t{whiteLevel});
-            if (first + lane < end) {
-                setLevels(image, source, source.y() + first + lane - position.y(),
-                          levels.data() + position.x());
+            if (first + lane < end &&
+                !GreyPicture::copyRow(image, source, first + lane - position.y(),
+                                      levels.data() + position.x())) {
+                return QImage();
             }
             wavefront.setRow(lane, levels);
         }
-        wavefront.run();
-        for (int lane = 0; lane < lanes && first + lane < size.height(); ++lane) {
-            wavefront.copyRow(lane, page.scanLine(first + lane));
-        }
+        wavefront.run(page, first, std::min(lanes, size.height() - first));
     }
     return page;
 }

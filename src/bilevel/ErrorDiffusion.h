@@ -16,13 +16,14 @@ class QSize;
 class ErrorDiffusion
 {
 public:
-    /// True for opaque pictures without a pixel ratio: QImage::Format_RGB32 and
+    /// True for pictures without alpha and pixel ratio: QImage::Format_RGB32 and
     /// QImage::Format_Grayscale8.
     static bool isSupported(const QImage& image);
 
     /// A page of `size`, QImage::Format_Mono with the colour table {opaque
     /// white, opaque black}, on which the part `source` of `image` lies at
-    /// `position`; null if there is no memory for it. `source` lies within the
+    /// `position`; null if there is no memory for it, or if the picture is not
+    /// opaque after all (see GreyPicture::copyRow). `source` lies within the
     /// image, and at `position` within the page.
     static QImage dithered(const QImage& image, const QRect& source, const QSize& size,
                            const QPoint& position);

@@ -103,7 +103,8 @@ void FaxImageBuilder::paintPage() const
 
 // Replaces the image by what `place` makes of it: the short way to the page of
 // fill() in black and white. False if the image does not lie on the page with
-// at least one pixel and wholly, which is left to the painter.
+// at least one pixel and wholly, or if `place` makes nothing of it, which is
+// left to the painter.
 template <typename Place>
 bool FaxImageBuilder::placeWith(Place place)
 {
@@ -120,7 +121,11 @@ bool FaxImageBuilder::placeWith(Place place)
             return false;
         }
     }
-    m_image = place(m_image, source, size, target.topLeft());
+    QImage page = place(m_image, source, size, target.topLeft());
+    if (page.isNull()) {
+        return false;
+    }
+    m_image = std::move(page);
     m_unpaintedPage.reset();
     return true;
 }

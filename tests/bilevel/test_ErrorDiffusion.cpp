@@ -79,6 +79,19 @@ INSTANTIATE_TEST_SUITE_P(ErrorDiffusion, Dithering,
                                                                                    : "Grey"};
                          });
 
+// The TIFF plug-in delivers grey pictures with alpha like that.
+TEST(ErrorDiffusion, LeavesAPictureThatIsNotOpaqueAfterAllToQt)
+{
+    QImage image(40, 30, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    const QRect corner(39, 29, 1, 1);
+    const QRect rest(0, 0, 39, 30);
+    reinterpret_cast<QRgb*>(image.scanLine(29))[39] = 0xFEFFFFFF;
+    EXPECT_TRUE(ErrorDiffusion::isSupported(image));
+    EXPECT_TRUE(ErrorDiffusion::dithered(image, corner, {50, 50}, {5, 5}).isNull());
+    EXPECT_FALSE(ErrorDiffusion::dithered(image, rest, {50, 50}, {5, 5}).isNull());
+}
+
 TEST(ErrorDiffusion, LeavesPicturesWithAlphaOrAPixelRatioToQt)
 {
     QImage retina(2, 2, QImage::Format_RGB32);

@@ -24,6 +24,7 @@ struct FormatRow
     const char* name;
     QVector<QRgb> colours; // instead of those that the conversion gives
     QImage::Format format;
+    bool keepsAlpha = false; // in the byte that the format does not use
 };
 
 const FormatRow formatRows[] = {
@@ -46,6 +47,7 @@ const FormatRow formatRows[] = {
     {"Grayscale8", {}, QImage::Format_Grayscale8},
     {"Alpha8", {}, QImage::Format_Alpha8},
     {"Rgb32", {}, QImage::Format_RGB32},
+    {"Rgb32WithAlphaInItsUnusedByte", {}, QImage::Format_RGB32, true},
     {"Argb32", {}, QImage::Format_ARGB32},
     {"Argb32Premultiplied", {}, QImage::Format_ARGB32_Premultiplied},
     {"Rgb888", {}, QImage::Format_RGB888},
@@ -98,6 +100,11 @@ QImage colourful(const QSize& size)
 
 QImage inFormat(const QImage& picture, const FormatRow& row)
 {
+    if (row.keepsAlpha) {
+        QImage image = picture;
+        image.reinterpretAsFormat(row.format);
+        return image;
+    }
     QImage image = picture.convertToFormat(row.format);
     if (row.colours.isEmpty()) {
         return image;

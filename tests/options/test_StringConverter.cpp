@@ -250,4 +250,13 @@ TEST(StringConverter, ReadsSidesWithinTheToleranceBackAsEqual)
     EXPECT_TRUE(isExactly(fromString(toShortString({1, 2, 1 + 5e-13, 2 + 5e-13})), {1, 2, 1, 2}));
 }
 
+// The left side equals the top one and the right one, the top side the bottom
+// one, but the left side not the bottom one.
+TEST(StringConverter, WritesSidesThatAreEqualInTurnsOnce)
+{
+    EXPECT_EQ(
+        toShortString({51115155511111.0, 51115155511113.0, 51115155511113.0, 51115155511163.0}),
+        "51115155511111.0");
+}
+
 } // namespace
