@@ -93,6 +93,12 @@ QImage consumePicture(FuzzedDataProvider& input)
     if (format > QImage::Format_Indexed8) {
         QImage picture(size, QImage::Format_RGBA64);
         fillWith(picture, input);
+        if (format == QImage::Format_RGB32 && input.ConsumeBool()) {
+            // The TIFF plug-in leaves the alpha of grey pictures in the unused byte.
+            picture = picture.convertToFormat(QImage::Format_ARGB32);
+            picture.reinterpretAsFormat(format);
+            return picture;
+        }
         return picture.convertToFormat(format);
     }
     QImage picture(size, format);

@@ -5,6 +5,7 @@
 #include "app/settings/FaxSizeDetails.h"
 #include "options/StringConverter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -18,10 +19,19 @@ bool isFinite(const QMarginsF& margins)
            std::isfinite(margins.right()) && std::isfinite(margins.bottom());
 }
 
+// Sides that count as equal are written once, and that is not transitive: the
+// first may equal the second and the second the third, but not the third the
+// first.
+bool areClose(double one, double other)
+{
+    constexpr double tolerance = 1e-12;
+    return std::abs(one - other) <= 3 * tolerance * std::min(std::abs(one), std::abs(other));
+}
+
 bool areClose(const QMarginsF& one, const QMarginsF& other)
 {
-    return qFuzzyCompare(one.left(), other.left()) && qFuzzyCompare(one.top(), other.top()) &&
-           qFuzzyCompare(one.right(), other.right()) && qFuzzyCompare(one.bottom(), other.bottom());
+    return areClose(one.left(), other.left()) && areClose(one.top(), other.top()) &&
+           areClose(one.right(), other.right()) && areClose(one.bottom(), other.bottom());
 }
 
 } // namespace
