@@ -5,6 +5,11 @@ coverage-table.py SOURCE-FOLDER [--missing]
 
 Branches that only an exception out of a callee takes are left out, together
 with the way on that such a call has otherwise: no test could take the first.
+For the same reason closing brackets are no lines: what the compiler puts there
+cleans up after exceptions.
+
+What a process does between fork and exec, or before a signal ends it, is never
+counted: the counts are written when a process exits.
 """
 
 import collections
@@ -39,7 +44,10 @@ def read_counts(stream, top):
             path = (folder / source["file"]).resolve()
             if top not in path.parents:
                 continue
+            text = path.read_text().splitlines()
             for line in source["lines"]:
+                if not text[line["line_number"] - 1].strip(" });"):
+                    continue
                 place = (path, line["line_number"])
                 lines[place] += line["count"]
                 for number in countable_branches(line["branches"]):

@@ -477,6 +477,14 @@ TEST(ForwardCache, HoldsNoPageOfMoreThanEightMebibytes)
     EXPECT_EQ(document.runs(), QStringLiteral("1-1 2-2"));
 }
 
+TEST(ForwardCache, LeavesAPageBeyondTheLastOneToGhostscript)
+{
+    PretendedDocument document(equalBoxes(1));
+    EXPECT_EQ(document.request(0, pixels(64, 10)), 1);
+    EXPECT_EQ(document.request(1, pixels(64, 10)), 2);
+    EXPECT_EQ(document.runs(), QStringLiteral("1-1 2-2"));
+}
+
 TEST(ForwardCache, IsOffAtFirst)
 {
     const FakeGhostscript ghostscript(FakeGhostscript::numberedPages(equalBoxes(3)));
