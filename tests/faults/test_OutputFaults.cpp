@@ -139,7 +139,8 @@ protected:
         std::filesystem::create_directory(m_folder);
         for (const char* option : {"-m", "-rm"}) {
             m_option = option;
-            if (run(1000000, {"false"}).exitStatus == 1) {
+            // unshare itself may fail, in a changed root folder for example.
+            if (run(1000000, {"true"}).exitStatus == 0) {
                 return;
             }
         }
