@@ -18,6 +18,8 @@
 #include <string>
 #include <utility>
 
+#include <malloc.h>
+
 namespace {
 
 const auto rowName = [](const auto& test) { return std::string{test.param.name}; };
@@ -384,6 +386,31 @@ INSTANTIATE_TEST_SUITE_P(ImageDefaultRenderer, BilevelTiff, testing::ValuesIn(ph
                          rowName);
 
 // Transparent PNG.
+
+// 16 bits for each colour, and white for the transparent one.
+QByteArray pngWithATransparentColour(const QSize& size)
+{
+    QImage image(size, QImage::Format_RGBX64);
+    image.fill(Qt::gray);
+    QByteArray file = SampleImages::pngFile(image);
+    const QByteArray transparentWhite("\0\0\0\x06tRNS\xff\xff\xff\xff\xff\xff\x9e\xbd\x4b\x32", 18);
+    constexpr int endOfHeader = 33;
+    return file.insert(endOfHeader, transparentWhite);
+}
+
+// Without memory of the program's own, which would show in a fax, it cannot
+// matter what stood in the memory that the decoder was given.
+TEST(ImageDefaultRenderer, ShowsNoLeftoverMemoryInAPngWithATransparentColour)
+{
+    const RasterFile file("png", pngWithATransparentColour({64, 32}));
+    mallopt(M_PERTURB, 0x55);
+    const QImage first = file.page(0, {32, 16});
+    mallopt(M_PERTURB, 0xAA);
+    const RasterFile again("png", pngWithATransparentColour({64, 32}));
+    const QImage second = again.page(0, {32, 16});
+    mallopt(M_PERTURB, 0);
+    EXPECT_TRUE(SampleImages::isSameImage(first, second));
+}
 
 TEST(ImageDefaultRenderer, KeepsTheTransparencyOfAPng)
 {
