@@ -95,7 +95,7 @@ QImage consumePicture(FuzzedDataProvider& input)
         fillWith(picture, input);
         if (format == QImage::Format_RGB32 && input.ConsumeBool()) {
             // The TIFF plug-in leaves the alpha of grey pictures in the unused byte.
-            picture = picture.convertToFormat(QImage::Format_ARGB32);
+            picture = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
             picture.reinterpretAsFormat(format);
             return picture;
         }

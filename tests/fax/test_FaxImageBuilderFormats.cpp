@@ -101,7 +101,8 @@ QImage colourful(const QSize& size)
 QImage inFormat(const QImage& picture, const FormatRow& row)
 {
     if (row.keepsAlpha) {
-        QImage image = picture;
+        // Premultiplied, as a painted page takes it to be.
+        QImage image = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
         image.reinterpretAsFormat(row.format);
         return image;
     }
