@@ -38,7 +38,7 @@ StrictModes no
 UsePAM no
 PermitRootLogin prohibit-password
 PasswordAuthentication no
-ForceCommand echo run >> $work/$1/runs; cd $work/$1 && HOME=$work/$1 TMPDIR=$work/$1/tmp PATH=$PATH exec sh -c "\$SSH_ORIGINAL_COMMAND"
+ForceCommand echo run >> $work/$1/runs; cd $work/$1 && HOME=$work/$1 TMPDIR=$work/$1/tmp PATH=$PATH LSAN_OPTIONS='${LSAN_OPTIONS-}' exec sh -c "\$SSH_ORIGINAL_COMMAND"
 END
     /usr/sbin/sshd -D -e -f "$work/$1/config" 2>"$1/log" &
     servers+=($!)
