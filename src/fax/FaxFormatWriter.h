@@ -14,7 +14,7 @@ public:
     FaxFormatWriter() = default;
     FaxFormatWriter(const FaxFormatWriter&) = delete;
     FaxFormatWriter& operator=(const FaxFormatWriter&) = delete;
-    virtual ~FaxFormatWriter();
+    virtual ~FaxFormatWriter() = default;
 
     virtual bool isOpen() const = 0;
 

@@ -10,5 +10,5 @@ public:
     OptionsApplicationExit() = default;
     OptionsApplicationExit(const OptionsApplicationExit&) = default;
     OptionsApplicationExit& operator=(const OptionsApplicationExit&) = default;
-    ~OptionsApplicationExit() override;
+    ~OptionsApplicationExit() override = default;
 };

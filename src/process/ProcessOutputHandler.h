@@ -9,7 +9,7 @@ public:
     ProcessOutputHandler() = default;
     ProcessOutputHandler(const ProcessOutputHandler&) = delete;
     ProcessOutputHandler& operator=(const ProcessOutputHandler&) = delete;
-    virtual ~ProcessOutputHandler();
+    virtual ~ProcessOutputHandler() = default;
 
     /// Receives the next chunk, which may be of any length; true asks for more,
     /// false says that nothing more is taken.

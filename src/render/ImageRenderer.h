@@ -16,7 +16,7 @@ public:
     ImageRenderer() = default;
     ImageRenderer(const ImageRenderer&) = delete;
     ImageRenderer& operator=(const ImageRenderer&) = delete;
-    virtual ~ImageRenderer();
+    virtual ~ImageRenderer() = default;
 
     virtual QIODevice* device() const = 0;
     virtual void setDevice(QIODevice* device) = 0;

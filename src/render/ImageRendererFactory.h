@@ -11,7 +11,7 @@ public:
     ImageRendererFactory() = default;
     ImageRendererFactory(const ImageRendererFactory&) = delete;
     ImageRendererFactory& operator=(const ImageRendererFactory&) = delete;
-    virtual ~ImageRendererFactory();
+    virtual ~ImageRendererFactory() = default;
 
     /// A new renderer without a device, owned by the caller; null if there is
     /// none for the format.

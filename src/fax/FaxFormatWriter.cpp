@@ -1,3 +1,0 @@
-#include "fax/FaxFormatWriter.h"
-
-FaxFormatWriter::~FaxFormatWriter() = default;

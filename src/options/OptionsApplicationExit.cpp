@@ -1,3 +1,0 @@
-#include "options/OptionsApplicationExit.h"
-
-OptionsApplicationExit::~OptionsApplicationExit() = default;

@@ -1,3 +1,0 @@
-#include "process/ProcessOutputHandler.h"
-
-ProcessOutputHandler::~ProcessOutputHandler() = default;

@@ -1,3 +1,0 @@
-#include "render/ImageRenderer.h"
-
-ImageRenderer::~ImageRenderer() = default;

@@ -1,3 +1,0 @@
-#include "render/ImageRendererFactory.h"
-
-ImageRendererFactory::~ImageRendererFactory() = default;
