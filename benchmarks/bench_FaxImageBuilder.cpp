@@ -1,5 +1,5 @@
 #include "benchmarks/BenchmarkImages.h"
-#include "fax/FaxImageBuilder.h"
+#include "fax/page/FaxImageBuilder.h"
 
 #include <benchmark/benchmark.h>
 

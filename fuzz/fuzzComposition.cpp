@@ -4,8 +4,8 @@
 #include "Require.h"
 
 #include "app/settings/LogicalDpi.h"
-#include "fax/FaxImageBuilder.h"
-#include "fax/FaxTiffWriter.h"
+#include "fax/output/FaxTiffWriter.h"
+#include "fax/page/FaxImageBuilder.h"
 
 #include <QImage>
 #include <QPainter>

@@ -5,7 +5,7 @@
 
 #include "formats/FileFormatDatabase.h"
 #include "formats/FileFormatInfo.h"
-#include "render/PdfSignature.h"
+#include "render/pdf/PdfSignature.h"
 
 #include <QBuffer>
 

@@ -8,7 +8,7 @@
 #include "app/settings/RenderSize.h"
 #include "process/ProcessOutputHandler.h"
 #include "process/ProcessWrapper.h"
-#include "render/ImagePdfRenderer.h"
+#include "render/pdf/ImagePdfRenderer.h"
 
 #include <QByteArray>
 #include <QImage>

@@ -1,9 +1,9 @@
 #include "app/FaxWriter.h"
 
-#include "app/OutputFileGuard.h"
 #include "fax/FaxOutputWriter.h"
-#include "fax/FaxTiffWriter.h"
-#include "fax/FileName.h"
+#include "fax/output/FaxTiffWriter.h"
+#include "files/FileName.h"
+#include "files/OutputFileGuard.h"
 
 #include <QFile>
 

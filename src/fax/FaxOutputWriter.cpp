@@ -1,9 +1,9 @@
 #include "fax/FaxOutputWriter.h"
 
 #include "app/settings/RenderSize.h"
-#include "fax/FaxFormatWriter.h"
-#include "fax/FaxImageBuilder.h"
-#include "fax/FileName.h"
+#include "fax/output/FaxFormatWriter.h"
+#include "fax/page/FaxImageBuilder.h"
+#include "files/FileName.h"
 #include "formats/FileFormatDatabase.h"
 #include "formats/FileFormatInfo.h"
 #include "render/ImageComplexRenderer.h"

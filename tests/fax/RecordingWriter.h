@@ -2,7 +2,7 @@
 
 #include "app/settings/FaxCompression.h"
 #include "app/settings/LogicalDpi.h"
-#include "fax/FaxFormatWriter.h"
+#include "fax/output/FaxFormatWriter.h"
 
 #include <QImage>
 

@@ -1,10 +1,10 @@
 #include "fax/FaxOutputWriter.h"
 
 #include "RecordingWriter.h"
-#include "ReferencePage.h"
 #include "app/settings/RenderSize.h"
-#include "fax/FaxTiffWriter.h"
+#include "fax/output/FaxTiffWriter.h"
 #include "render/ImageComplexRenderer.h"
+#include "support/ReferencePage.h"
 #include "support/SampleImages.h"
 #include "support/SamplePdf.h"
 #include "support/TemporaryFolder.h"

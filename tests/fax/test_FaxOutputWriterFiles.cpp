@@ -1,7 +1,7 @@
 #include "fax/FaxOutputWriter.h"
 
 #include "RecordingWriter.h"
-#include "ReferencePage.h"
+#include "support/ReferencePage.h"
 #include "support/SampleImages.h"
 #include "support/TemporaryFolder.h"
 

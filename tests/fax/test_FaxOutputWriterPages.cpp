@@ -1,9 +1,9 @@
 #include "fax/FaxOutputWriter.h"
 
 #include "RecordingWriter.h"
-#include "ReferencePage.h"
-#include "fax/FaxTiffWriter.h"
+#include "fax/output/FaxTiffWriter.h"
 #include "support/PrintQt.h"
+#include "support/ReferencePage.h"
 #include "support/SampleImages.h"
 #include "support/TemporaryFolder.h"
 #include "support/TiffFile.h"

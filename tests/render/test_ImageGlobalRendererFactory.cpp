@@ -1,9 +1,9 @@
 #include "render/ImageGlobalRendererFactory.h"
 
 #include "app/settings/RenderSize.h"
-#include "render/ImageDefaultRenderer.h"
-#include "render/ImageHtmlRenderer.h"
-#include "render/ImagePdfRenderer.h"
+#include "render/html/ImageHtmlRenderer.h"
+#include "render/pdf/ImagePdfRenderer.h"
+#include "render/picture/ImageDefaultRenderer.h"
 #include "support/PrintQt.h"
 #include "support/SampleImages.h"
 
