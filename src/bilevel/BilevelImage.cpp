@@ -1,5 +1,6 @@
 #include "bilevel/BilevelImage.h"
 
+#include "bilevel/BilevelColors.h"
 #include "bilevel/BitBlock.h"
 
 #include <QPoint>
@@ -14,9 +15,6 @@
 #include <vector>
 
 namespace {
-
-constexpr QRgb opaqueWhite = 0xFFFFFFFF;
-constexpr QRgb opaqueBlack = 0xFF000000;
 
 constexpr int byteBits = bitBlockSize;
 

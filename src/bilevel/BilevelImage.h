@@ -16,8 +16,8 @@ class BilevelImage
 {
 public:
     /// True if `image` is a Format_Mono picture of opaque black and opaque
-    /// white, in either order, without a pixel ratio: then place() can do for
-    /// it what painting and dithering do.
+    /// white, in either order, without a pixel ratio: then placed() can do
+    /// for it what painting and dithering do.
     static bool isBlackAndWhite(const QImage& image);
 
     /// A white picture with the colour table {opaque white, opaque black}; null

@@ -1,6 +1,7 @@
 #include "fax/output/FaxTiffWriter.h"
 
 #include "app/settings/LogicalDpi.h"
+#include "bilevel/BilevelColors.h"
 
 #include <QImage>
 
@@ -13,8 +14,6 @@
 #include <unistd.h>
 
 namespace {
-
-constexpr QRgb opaqueWhite = 0xFFFFFFFF;
 
 bool setTags(TIFF* tiff, const QImage& image, const LogicalDpi& dpi, FaxCompression compression)
 {

@@ -1,5 +1,6 @@
 #include "fax/page/FaxImageBuilder.h"
 
+#include "bilevel/BilevelColors.h"
 #include "bilevel/BilevelImage.h"
 #include "bilevel/ErrorDiffusion.h"
 #include "fax/page/ImagePlacement.h"
@@ -10,12 +11,6 @@
 #include <QTransform>
 
 #include <utility>
-
-namespace {
-
-constexpr QRgb opaqueWhite = 0xFFFFFFFF;
-
-} // namespace
 
 FaxImageBuilder::FaxImageBuilder(const QImage& image) : m_image(image) {}
 

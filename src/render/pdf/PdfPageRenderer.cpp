@@ -1,6 +1,7 @@
 #include "render/pdf/PdfPageRenderer.h"
 
 #include "app/settings/RenderSize.h"
+#include "bilevel/BilevelColors.h"
 #include "bilevel/BilevelImage.h"
 #include "process/ProcessBytesMultiWriter.h"
 #include "process/ProcessBytesWriter.h"
@@ -12,9 +13,6 @@
 #include <utility>
 
 namespace {
-
-constexpr QRgb opaqueWhite = 0xFFFFFFFF;
-constexpr QRgb opaqueBlack = 0xFF000000;
 
 const QString bitDevice = QStringLiteral("bit");
 
