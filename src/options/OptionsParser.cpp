@@ -11,7 +11,6 @@
 
 #include <fmt/format.h>
 
-#include <cctype>
 #include <iostream>
 #include <stdexcept>
 
@@ -46,11 +45,6 @@ std::string options_multikey_base(const char (&name)[size], char letter)
     key += ',';
     key += letter;
     return key;
-}
-
-char upperCase(char letter)
-{
-    return static_cast<char>(std::toupper(static_cast<unsigned char>(letter)));
 }
 
 template <typename Value>
@@ -97,8 +91,7 @@ void OptionsParser::setOptions()
         resolutions.c_str());
     // The capitals keep the rotation apart from the resolution and the cover
     // page apart from the compression.
-    add(options_multikey_base(rotationOption, upperCase('r')).c_str(),
-        namedValue<FaxRotation>("<angle>"),
+    add(options_multikey_base(rotationOption, 'R').c_str(), namedValue<FaxRotation>("<angle>"),
         "specify rotation angle: 0, 90, 180, 270, -90, -180, -270");
     add(options_multikey_base(transformationOption, 't').c_str(),
         namedValue<FaxTransformationFlags>("<flag>"), transformations.c_str());
@@ -106,8 +99,8 @@ void OptionsParser::setOptions()
         "specify margins in inches (in L,T,R,B or H,V or M formats)");
     add(options_multikey_base(compressionOption, 'c').c_str(),
         namedValue<FaxCompression>("<group>"), compressions.c_str());
-    add(options_multikey_base(coverPageOption, upperCase('c')).c_str(),
-        namedValue<std::string>("<file>"), "specify cover page HTML file");
+    add(options_multikey_base(coverPageOption, 'C').c_str(), namedValue<std::string>("<file>"),
+        "specify cover page HTML file");
     add(options_multikey_base(outputFileOption, 'o').c_str(),
         namedValue<std::string>("<file>")->required(), "specify output file name");
 
