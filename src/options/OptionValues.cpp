@@ -10,20 +10,13 @@ namespace po = boost::program_options;
 
 namespace {
 
-template <typename Value>
-struct Word
-{
-    const char* text;
-    Value value;
-};
-
 template <typename Value, std::size_t count>
 void validateWord(boost::any& slot, const std::vector<std::string>& tokens,
-                  const Word<Value> (&words)[count])
+                  const OptionWords::Word<Value> (&words)[count])
 {
     po::validators::check_first_occurrence(slot);
     const std::string& token = po::validators::get_single_string(tokens);
-    for (const Word<Value>& word : words) {
+    for (const OptionWords::Word<Value>& word : words) {
         if (token == word.text) {
             slot = word.value;
             return;
@@ -37,28 +30,19 @@ void validateWord(boost::any& slot, const std::vector<std::string>& tokens,
 void validate(boost::any& value, const std::vector<std::string>& tokens, FaxPaperSize* /*type*/,
               int)
 {
-    validateWord<FaxPaperSize>(value, tokens,
-                               {{OptionWords::a4, FaxPaperSize::A4},
-                                {OptionWords::letter, FaxPaperSize::Letter},
-                                {OptionWords::legal, FaxPaperSize::Legal}});
+    validateWord(value, tokens, OptionWords::paperSizes);
 }
 
 void validate(boost::any& value, const std::vector<std::string>& tokens, FaxResolution* /*type*/,
               int)
 {
-    validateWord<FaxResolution>(value, tokens,
-                                {{OptionWords::standard, FaxResolution::Standard},
-                                 {OptionWords::fine, FaxResolution::Fine},
-                                 {OptionWords::superfine, FaxResolution::Superfine},
-                                 {OptionWords::ultrafine, FaxResolution::Ultrafine}});
+    validateWord(value, tokens, OptionWords::resolutions);
 }
 
 void validate(boost::any& value, const std::vector<std::string>& tokens, FaxCompression* /*type*/,
               int)
 {
-    validateWord<FaxCompression>(
-        value, tokens,
-        {{OptionWords::g3, FaxCompression::G3}, {OptionWords::g4, FaxCompression::G4}});
+    validateWord(value, tokens, OptionWords::compressions);
 }
 
 void validate(boost::any& value, const std::vector<std::string>& tokens, FaxRotation* /*type*/, int)
@@ -80,10 +64,10 @@ void validate(boost::any& value, const std::vector<std::string>& tokens,
     }
     auto& flags = boost::any_cast<FaxTransformationFlags&>(value);
     for (const std::string& token : tokens) {
-        if (token != OptionWords::fitToPaper) {
+        if (token != OptionWords::transformations[0].text) {
             throw po::invalid_option_value(token);
         }
-        flags |= FaxTransformationFlag::FitToPaper;
+        flags |= OptionWords::transformations[0].value;
     }
 }
 

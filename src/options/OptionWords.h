@@ -1,21 +1,45 @@
 #pragma once
 
+#include "app/settings/FaxConfiguration.h"
+
+#include <cstddef>
+
 /// The words that option values are written with: the parser compares against
 /// them and the help listing shows them.
 namespace OptionWords {
 
-inline constexpr char a4[] = "a4";
-inline constexpr char letter[] = "letter";
-inline constexpr char legal[] = "legal";
+/// A word of the command line and what it stands for.
+template <typename Value>
+struct Word
+{
+    const char* text;
+    Value value;
+};
 
-inline constexpr char standard[] = "standard";
-inline constexpr char fine[] = "fine";
-inline constexpr char superfine[] = "superfine";
-inline constexpr char ultrafine[] = "ultrafine";
+inline constexpr Word<FaxPaperSize> paperSizes[] = {
+    {"a4", FaxPaperSize::A4}, {"letter", FaxPaperSize::Letter}, {"legal", FaxPaperSize::Legal}};
 
-inline constexpr char g3[] = "g3";
-inline constexpr char g4[] = "g4";
+inline constexpr Word<FaxResolution> resolutions[] = {{"standard", FaxResolution::Standard},
+                                                      {"fine", FaxResolution::Fine},
+                                                      {"superfine", FaxResolution::Superfine},
+                                                      {"ultrafine", FaxResolution::Ultrafine}};
 
-inline constexpr char fitToPaper[] = "fittopaper";
+inline constexpr Word<FaxCompression> compressions[] = {{"g3", FaxCompression::G3},
+                                                        {"g4", FaxCompression::G4}};
+
+inline constexpr Word<FaxTransformationFlag> transformations[] = {
+    {"fittopaper", FaxTransformationFlag::FitToPaper}};
+
+/// The word of `words` for `value`; null if there is none.
+template <typename Value, std::size_t count>
+constexpr const char* wordFor(const Word<Value> (&words)[count], Value value)
+{
+    for (const Word<Value>& word : words) {
+        if (word.value == value) {
+            return word.text;
+        }
+    }
+    return nullptr;
+}
 
 } // namespace OptionWords

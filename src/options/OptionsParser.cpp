@@ -70,35 +70,38 @@ OptionsParser::~OptionsParser() = default;
 
 void OptionsParser::setOptions()
 {
-    const std::string paperSizes =
-        fmt::format("specify paper size: {0}, {1}, {2} (default: {0})", OptionWords::a4,
-                    OptionWords::letter, OptionWords::legal);
-    const std::string resolutions =
-        fmt::format("specify resolution: {0}, {1}, {2}, {3} (default: {1})", OptionWords::standard,
-                    OptionWords::fine, OptionWords::superfine, OptionWords::ultrafine);
-    const std::string transformations =
-        fmt::format("specify transformation: {}", OptionWords::fitToPaper);
-    const std::string compressions =
-        fmt::format("specify group encoding compression: {0}, {1} (default: {0})", OptionWords::g3,
-                    OptionWords::g4);
+    using namespace OptionWords;
+    constexpr FaxConfiguration defaults;
+    const std::string paperSizeText = fmt::format(
+        "specify paper size: {}, {}, {} (default: {})", paperSizes[0].text, paperSizes[1].text,
+        paperSizes[2].text, wordFor(paperSizes, defaults.paperSize));
+    const std::string resolutionText =
+        fmt::format("specify resolution: {}, {}, {}, {} (default: {})", resolutions[0].text,
+                    resolutions[1].text, resolutions[2].text, resolutions[3].text,
+                    wordFor(resolutions, defaults.resolution));
+    const std::string transformationText =
+        fmt::format("specify transformation: {}", transformations[0].text);
+    const std::string compressionText = fmt::format(
+        "specify group encoding compression: {}, {} (default: {})", compressions[0].text,
+        compressions[1].text, wordFor(compressions, defaults.compression));
 
     po::options_description_easy_init add = m_visible.add_options();
     add(options_multikey_base(helpOption, 'h').c_str(), "display this help message");
     add(options_multikey_base(versionOption, 'v').c_str(), "display version information");
     add(options_multikey_base(paperSizeOption, 'p').c_str(), namedValue<FaxPaperSize>("<size>"),
-        paperSizes.c_str());
+        paperSizeText.c_str());
     add(options_multikey_base(resolutionOption, 'r').c_str(), namedValue<FaxResolution>("<type>"),
-        resolutions.c_str());
+        resolutionText.c_str());
     // The capitals keep the rotation apart from the resolution and the cover
     // page apart from the compression.
     add(options_multikey_base(rotationOption, 'R').c_str(), namedValue<FaxRotation>("<angle>"),
         "specify rotation angle: 0, 90, 180, 270, -90, -180, -270");
     add(options_multikey_base(transformationOption, 't').c_str(),
-        namedValue<FaxTransformationFlags>("<flag>"), transformations.c_str());
+        namedValue<FaxTransformationFlags>("<flag>"), transformationText.c_str());
     add(options_multikey_base(marginsOption, 'm').c_str(), namedValue<QMarginsF>("<value>"),
         "specify margins in inches (in L,T,R,B or H,V or M formats)");
     add(options_multikey_base(compressionOption, 'c').c_str(),
-        namedValue<FaxCompression>("<group>"), compressions.c_str());
+        namedValue<FaxCompression>("<group>"), compressionText.c_str());
     add(options_multikey_base(coverPageOption, 'C').c_str(), namedValue<std::string>("<file>"),
         "specify cover page HTML file");
     add(options_multikey_base(outputFileOption, 'o').c_str(),
@@ -162,32 +165,32 @@ const std::vector<std::string>& OptionsParser::files() const
 
 FaxPaperSize OptionsParser::paperSize() const
 {
-    return valueOr(m_variables, paperSizeOption, FaxPaperSize::A4);
+    return valueOr(m_variables, paperSizeOption, FaxConfiguration().paperSize);
 }
 
 FaxResolution OptionsParser::resolution() const
 {
-    return valueOr(m_variables, resolutionOption, FaxResolution::Fine);
+    return valueOr(m_variables, resolutionOption, FaxConfiguration().resolution);
 }
 
 FaxRotation OptionsParser::rotation() const
 {
-    return valueOr(m_variables, rotationOption, FaxRotation::Rotate0);
+    return valueOr(m_variables, rotationOption, FaxConfiguration().rotation);
 }
 
 FaxCompression OptionsParser::compression() const
 {
-    return valueOr(m_variables, compressionOption, FaxCompression::G3);
+    return valueOr(m_variables, compressionOption, FaxConfiguration().compression);
 }
 
 QMarginsF OptionsParser::margins() const
 {
-    return valueOr(m_variables, marginsOption, QMarginsF());
+    return valueOr(m_variables, marginsOption, FaxConfiguration().margins);
 }
 
 FaxTransformationFlags OptionsParser::transformationFlags() const
 {
-    return valueOr(m_variables, transformationOption, FaxTransformationFlags());
+    return valueOr(m_variables, transformationOption, FaxConfiguration().transformationFlags);
 }
 
 const std::string& OptionsParser::outputFile() const
