@@ -47,7 +47,10 @@ QImage HtmlRenderer::render(const RenderSize& renderSize, QImage::Format format)
     document.setHtml(m_html);
     document.documentLayout()->setPaintDevice(&page);
 
-    QPainter painter(&page);
+    QPainter painter;
+    if (!painter.begin(&page)) {
+        return QImage();
+    }
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.scale(dpi.horizontal / layoutDpi, dpi.vertical / layoutDpi);
     document.drawContents(&painter);

@@ -12,8 +12,8 @@ class HtmlRenderer
 public:
     explicit HtmlRenderer(const QString& html);
 
-    /// The painted page; null if Qt does not take the text for rich text, or if
-    /// a side or a resolution is below 1.
+    /// The painted page; null if Qt does not take the text for rich text, if a
+    /// side or a resolution is below 1, or if Qt cannot paint on `format`.
     QImage render(const RenderSize& renderSize, QImage::Format format) const;
 
 private:

@@ -328,6 +328,7 @@ const RefusalRow refusalRows[] = {
     {"AHorizontalResolutionOfZero", someHtml, {QSize(10, 10), {0, 100}}},
     {"AVerticalResolutionOfZero", someHtml, {QSize(10, 10), {100, 0}}},
     {"AnInvalidFormat", someHtml, someSize, QImage::Format_Invalid},
+    {"AFormatThatCannotBePaintedOn", someHtml, someSize, QImage::Format_Indexed8},
     {"AnImageThatCannotBeMade", someHtml, {QSize(hugeSide, hugeSide), {100, 100}}},
 };
 
