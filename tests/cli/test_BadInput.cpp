@@ -37,27 +37,11 @@ const Row rows[] = {
     {"JpegNamedPng", "a.png", jpeg, "invalid png format"},
     {"JunkNamedJpg", "a.jpg", junk, "invalid jpeg format"},
     {"EmptyJpeg", "a.jpeg", [] { return QByteArray(); }, "invalid jpeg format"},
-    {"PngNamedJpg", "a.jpg",
-     [] {
-         return blackPng({20, 20});
-     },
-     "invalid jpeg format"},
+    {"PngNamedJpg", "a.jpg", [] { return blackPng({20, 20}); }, "invalid jpeg format"},
     {"JpegCutInItsHeader", "a.jpg", jpegCutInItsHeader, "invalid data"},
-    {"PictureThatShrinksToNothing", "a.png",
-     [] {
-         return blackPng({20000, 3});
-     },
-     "invalid data"},
-    {"ExtremelyWidePicture", "a.png",
-     [] {
-         return blackPng({60000, 8});
-     },
-     "invalid data"},
-    {"ExtremelyHighPicture", "a.png",
-     [] {
-         return blackPng({8, 60000});
-     },
-     "invalid data"},
+    {"PictureThatShrinksToNothing", "a.png", [] { return blackPng({20000, 3}); }, "invalid data"},
+    {"ExtremelyWidePicture", "a.png", [] { return blackPng({60000, 8}); }, "invalid data"},
+    {"ExtremelyHighPicture", "a.png", [] { return blackPng({8, 60000}); }, "invalid data"},
     {"TextFile", "a.txt", junk, "unsupported  format"},
     {"EmptyFileWithoutSuffix", "a", [] { return QByteArray(); }, "unsupported  format"},
     {"JunkWithUpperCaseSuffix", "a.PNG", junk, "unsupported  format"},
@@ -98,20 +82,12 @@ INSTANTIATE_TEST_SUITE_P(Cli, BadPage, testing::ValuesIn(rows),
 const Row remarkedRows[] = {
     {"JunkNamedTif", "a.tif", junk, "invalid data"},
     {"EmptyTiff", "a.tiff", [] { return QByteArray(); }, "invalid data"},
-    {"PngNamedTif", "a.tif",
-     [] {
-         return blackPng({20, 20});
-     },
-     "invalid data"},
+    {"PngNamedTif", "a.tif", [] { return blackPng({20, 20}); }, "invalid data"},
     {"TiffCutBehindItsHeader", "a.tif",
-     [] {
-         return SampleImages::tiffFile({{SampleImages::quarters({20, 20})}}).left(8);
-     },
+     [] { return SampleImages::tiffFile({{SampleImages::quarters({20, 20})}}).left(8); },
      "invalid data"},
     {"TruncatedPng", "a.png",
-     [] {
-         return SampleImages::pngFile(SampleImages::transparent({60, 60})).left(1000);
-     },
+     [] { return SampleImages::pngFile(SampleImages::transparent({60, 60})).left(1000); },
      "invalid data"},
 };
 
@@ -133,11 +109,7 @@ INSTANTIATE_TEST_SUITE_P(Cli, UndecodablePage, testing::ValuesIn(remarkedRows),
                          [](const auto& test) { return std::string{test.param.name}; });
 
 const Row coverRows[] = {
-    {"Png", "a.png",
-     [] {
-         return blackPng({20, 20});
-     },
-     "unsupported png format"},
+    {"Png", "a.png", [] { return blackPng({20, 20}); }, "unsupported png format"},
     {"Jpeg", "a.jpg", jpeg, "unsupported jpeg format"},
     {"Tiff", "a.tif", junk, "unsupported tiff format"},
     {"Pdf", "a.pdf", [] { return SamplePdf::equalPages(1); }, "unsupported pdf format"},
@@ -245,28 +217,13 @@ class ContentDetection : public CliTest, public testing::WithParamInterface<Row>
 };
 
 const Row detectedRows[] = {
-    {"PngWithoutSuffix", "a",
-     [] {
-         return blackPng({20, 20});
-     },
-     ""},
-    {"PngWithUpperCaseSuffix", "a.PNG",
-     [] {
-         return blackPng({20, 20});
-     },
-     ""},
+    {"PngWithoutSuffix", "a", [] { return blackPng({20, 20}); }, ""},
+    {"PngWithUpperCaseSuffix", "a.PNG", [] { return blackPng({20, 20}); }, ""},
     {"JpegWithAStrangeSuffix", "a.jpe", jpeg, ""},
     {"TiffWithoutSuffix", "a",
-     [] {
-         return SampleImages::tiffFile({{SampleImages::quarters({20, 20})}});
-     },
-     ""},
+     [] { return SampleImages::tiffFile({{SampleImages::quarters({20, 20})}}); }, ""},
     {"PdfWithUpperCaseSuffix", "a.PDF", [] { return SamplePdf::equalPages(1); }, ""},
-    {"OnlyTheLastSuffixCounts", "a.pdf.png",
-     [] {
-         return blackPng({20, 20});
-     },
-     ""},
+    {"OnlyTheLastSuffixCounts", "a.pdf.png", [] { return blackPng({20, 20}); }, ""},
 };
 
 TEST_P(ContentDetection, ReadsTheFileNevertheless)

@@ -24,10 +24,7 @@ const Row rows[] = {
     {"Text", [] { return QByteArray("just text\n"); }},
     {"Nothing", [] { return QByteArray(); }},
     {"OnlyBlanks", [] { return QByteArray(3000, ' '); }},
-    {"APng",
-     [] {
-         return blackPng({20, 20});
-     }},
+    {"APng", [] { return blackPng({20, 20}); }},
     {"PostScript", [] { return QByteArray(postScript); }},
     {"PostScriptBehindBlanks", [] { return "\n\t " + QByteArray(postScript); }},
     {"PostScriptInFrontOfAPdf", [] { return postScript + SamplePdf::equalPages(1); }},

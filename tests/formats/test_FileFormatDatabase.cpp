@@ -324,20 +324,11 @@ struct ContentRow
 
 const ContentRow contentRows[] = {
     {"PdfDataIsPdf", [] { return pdfData; }, FileFormat::Pdf},
-    {"TiffDataIsTiff",
-     [] {
-         return SampleImages::tiffFile({{SampleImages::bilevel({8, 8})}});
-     },
+    {"TiffDataIsTiff", [] { return SampleImages::tiffFile({{SampleImages::bilevel({8, 8})}}); },
      FileFormat::Tiff},
-    {"JpegDataIsJpeg",
-     [] {
-         return SampleImages::jpegFile(SampleImages::quarters({8, 8}));
-     },
+    {"JpegDataIsJpeg", [] { return SampleImages::jpegFile(SampleImages::quarters({8, 8})); },
      FileFormat::Jpeg},
-    {"PngDataIsPng",
-     [] {
-         return SampleImages::pngFile(SampleImages::quarters({8, 8}));
-     },
+    {"PngDataIsPng", [] { return SampleImages::pngFile(SampleImages::quarters({8, 8})); },
      FileFormat::Png},
     {"HtmlDataIsHtml", [] { return QByteArray("<!DOCTYPE html>\n<html><p>Hello</p></html>\n"); },
      FileFormat::Html},

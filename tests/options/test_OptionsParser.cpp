@@ -338,9 +338,8 @@ TEST_P(ValuedOption, NeedsItsValue)
 
 TEST_P(ValuedOption, DoesNotTakeAnotherOptionForItsValue)
 {
-    const auto error = errorOf<po::invalid_command_line_syntax>([] {
-        parsed({GetParam().option, "-h"});
-    });
+    const auto error =
+        errorOf<po::invalid_command_line_syntax>([] { parsed({GetParam().option, "-h"}); });
     EXPECT_EQ(error.kind(), po::invalid_syntax::missing_parameter);
 }
 
@@ -361,9 +360,8 @@ class TypedOption : public testing::TestWithParam<ValueRow>
 
 TEST_P(TypedOption, NamesTokenAndOptionWhenTheValueIsUnacceptable)
 {
-    const auto error = errorOf<po::invalid_option_value>([] {
-        parsed({GetParam().option, GetParam().bad});
-    });
+    const auto error =
+        errorOf<po::invalid_option_value>([] { parsed({GetParam().option, GetParam().bad}); });
     const std::string text = error.what();
     EXPECT_NE(text.find("'" + std::string(GetParam().bad) + "'"), std::string::npos) << text;
     EXPECT_NE(text.find("'" + std::string(GetParam().option) + "'"), std::string::npos) << text;
@@ -405,9 +403,8 @@ INSTANTIATE_TEST_SUITE_P(OptionsParser, RepeatedOption, testing::ValuesIn(repeat
 
 TEST(OptionsParser, ReportsTheFirstOfTwoUnacceptableValues)
 {
-    const auto error = errorOf<po::invalid_option_value>([] {
-        parsed({"-r", "high", "-p", "a5"});
-    });
+    const auto error =
+        errorOf<po::invalid_option_value>([] { parsed({"-r", "high", "-p", "a5"}); });
     EXPECT_NE(std::string(error.what()).find("'high'"), std::string::npos) << error.what();
 }
 

@@ -355,14 +355,9 @@ struct PhotometricRow
 };
 
 const PhotometricRow photometricRows[] = {
-    {"MinIsWhite",
-     [] {
-         return SampleImages::bilevel({37, 21});
-     }},
+    {"MinIsWhite", [] { return SampleImages::bilevel({37, 21}); }},
     {"MinIsBlack",
-     [] {
-         return SampleImages::withColoursExchanged(SampleImages::bilevel({37, 21}));
-     }},
+     [] { return SampleImages::withColoursExchanged(SampleImages::bilevel({37, 21})); }},
 };
 
 class BilevelTiff : public testing::TestWithParam<PhotometricRow>
