@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# The Debian 12 packages of this project, by purpose, and their installation.
+# The packages of this project in Debian 12 and 13, by purpose, and their installation.
 # To be sourced.
 # shellcheck disable=SC2034 # the lists are for the scripts that source this
 
@@ -45,8 +45,8 @@ testPackages=(
 )
 
 checkPackages=(
-    clang-format-14
-    clang-tidy-14
+    clang-format-19
+    clang-tidy-19
     lintian
     shellcheck
 )
@@ -62,8 +62,8 @@ benchPackages=(
 )
 
 fuzzPackages=(
-    clang-14
-    libclang-rt-14-dev
+    clang-19
+    libclang-rt-19-dev
 )
 
 isInstalled() {
