@@ -18,6 +18,16 @@ install(PROGRAMS examples/batch/convert-job examples/batch/morvaltide-batch
 install(FILES examples/batch/README.md examples/batch/jobs.tsv
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/batch)
 
+# One program under three names, as the fax server calls it.
+install(PROGRAMS companions/hylafax/morvaltide-ps2fax
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/morvaltide/hylafax)
+foreach(name morvaltide-pdf2fax morvaltide-tiff2fax)
+  file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/hylafax)
+  file(CREATE_LINK morvaltide-ps2fax ${PROJECT_BINARY_DIR}/hylafax/${name} SYMBOLIC)
+  install(FILES ${PROJECT_BINARY_DIR}/hylafax/${name}
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/morvaltide/hylafax)
+endforeach()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${PROJECT_NAME})
 set(CPACK_PACKAGE_VENDOR "The morvaltide authors")

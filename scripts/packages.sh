@@ -44,6 +44,12 @@ testPackages=(
     zlib1g-dev
 )
 
+# For ctest -L server alone: their installation starts services.
+serverTestPackages=(
+    hylafax-server
+    iproute2
+)
+
 checkPackages=(
     clang-format-19
     clang-tidy-19

@@ -50,6 +50,31 @@ recipe_FaxQueue() {
     [[ ! -e queue.log ]] || fail "a bad document was queued"
 }
 
+recipe_FaxQueueConverter() {
+    takeScript hylafax-config
+    takeScript morvaltide.options
+    mkdir -p etc tmp share/morvaltide
+    cp bin/morvaltide.options etc
+    cp -r "$sources/companions/hylafax" share/morvaltide
+    for name in pdf2fax tiff2fax; do
+        ln -s morvaltide-ps2fax "share/morvaltide/hylafax/morvaltide-$name"
+    done
+    cp letter.pdf document.PDF2FaxCmd
+    gs -q -sDEVICE=ps2write -o document.PS2FaxCmd letter.pdf
+    morvaltide -r superfine -o document.TIFF2FaxCmd letter.pdf
+    local option converter
+    while read -r option converter; do
+        "${converter#/usr/}" -o fax.tif -r 196 -w 1728 -l 297 -3 "document.${option%:}" ||
+            fail "$option failed"
+        # The text of the page is found below the margin at the top.
+        morvaltide -r fine -c g4 -m 0,0.2,0,0 -o expected.tif letter.pdf
+        equal "the size after $option" "$(tiffinfo fax.tif | grep 'Image Width')" \
+            "$(tiffinfo expected.tif | grep 'Image Width')"
+        [[ $option != PDF2FaxCmd: ]] || cmp fax.tif expected.tif || fail "there is no margin"
+        rm fax.tif
+    done <bin/hylafax-config
+}
+
 recipe_FaxQueueLimits() {
     takeScript FaxModify
     limitFor() {
