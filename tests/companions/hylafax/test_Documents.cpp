@@ -92,8 +92,11 @@ TEST_P(HylaFaxPages, AreThoseOfTheProgramInTheSizeThatTheQueueAsksFor)
         EXPECT_EQ(tags.at(YResolution), std::vector{geometry.yResolution});
         EXPECT_EQ(tags.at(Compression), std::vector{geometry.compression});
         EXPECT_EQ(tags.at(StripOffsets).size(), 1U);
-        if (geometry.request.format == "-2") {
-            EXPECT_EQ(tags.at(T4Options), std::vector{1.0});
+        // With fill bits in front of every end of line, as the queue's own are.
+        if (geometry.request.format == "-1") {
+            EXPECT_EQ(tags.at(T4Options), std::vector{4.0});
+        } else if (geometry.request.format == "-2") {
+            EXPECT_EQ(tags.at(T4Options), std::vector{5.0});
         }
     }
 }

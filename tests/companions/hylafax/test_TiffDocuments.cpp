@@ -16,6 +16,7 @@
 namespace {
 
 constexpr std::uint16_t compressionTag = 259;
+constexpr std::uint16_t optionsTag = 292;
 
 bool isSameRow(const QImage& one, int y, const QImage& other, int otherY)
 {
@@ -90,6 +91,28 @@ TEST_F(HylaFaxTiff, InAnotherCodingKeepsEveryDot)
         EXPECT_EQ(actual[page].tags.at(compressionTag), std::vector{3.0});
         EXPECT_TRUE(isSamePicture(actual[page].pixels, sent[page].pixels)) << "page " << page;
     }
+}
+
+TEST_F(HylaFaxTiff, InGroup3GetsTheFillBitsThatItLacks)
+{
+    if (!hasTiffcheck()) {
+        GTEST_SKIP() << "tiffcheck is not installed (Debian package hylafax-server)";
+    }
+    const std::vector<TiffPage> sent = submitFax({});
+    m_request.format = "-1";
+    ASSERT_TRUE(isQueueSuccess(run(m_request)));
+    const std::vector<TiffPage> actual = pages();
+    ASSERT_EQ(actual.size(), 2U);
+    for (std::size_t page = 0; page < actual.size(); ++page) {
+        EXPECT_EQ(actual[page].tags.at(optionsTag), std::vector{4.0});
+        EXPECT_TRUE(isSamePicture(actual[page].pixels, sent[page].pixels)) << "page " << page;
+    }
+
+    // Such a fax is passed on.
+    const QByteArray padded = outputContent();
+    submit(padded);
+    ASSERT_TRUE(isQueueSuccess(run(m_request)));
+    EXPECT_EQ(outputContent(), padded);
 }
 
 TEST_F(HylaFaxTiff, OfStandardResolutionKeepsItsProportionsAtFine)
