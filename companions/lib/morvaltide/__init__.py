@@ -1,0 +1,1 @@
+"""What the companion programs of morvaltide share."""

@@ -1,0 +1,113 @@
+"""Other programs: where they are, and how they are run with a limit of time."""
+
+import os
+import shutil
+import signal
+import subprocess
+
+# So much of what a program says is looked at; a hostile document may make one
+# talk without end.
+_MAX_WORDS = 65536
+
+_PACKAGES = {
+    "morvaltide": "morvaltide",
+    "morvaltide-mail": "morvaltide",
+    "morvaltide-prepare": "morvaltide",
+    "parallel": "parallel",
+    "tiffcp": "libtiff-tools",
+}
+
+
+class Missing(Exception):
+    """A program is not installed. The text is one line for the user."""
+
+
+def find(name, beside):
+    """The path of a program: beside the one that asks, or on PATH."""
+    neighbour = os.path.join(beside, name)
+    if os.access(neighbour, os.X_OK):
+        return neighbour
+    found = shutil.which(name)
+    if found is None:
+        raise Missing(f"can't find '{name}': install the Debian package {_PACKAGES[name]}")
+    return found
+
+
+class Result:
+    """How a program ended: its status (below 0: the signal that ended it), its
+    words on standard error, and whether it ran out of time."""
+
+    def __init__(self, status, words, late):
+        self.status = status
+        self.words = words
+        self.late = late
+
+    def reason(self):
+        """Why it failed, in one line: the last line that it said, if any."""
+        lines = [line.strip() for line in self.words.splitlines() if line.strip()]
+        if self.late:
+            return "out of time"
+        if self.status < 0:
+            return f"ended by signal {-self.status}"
+        return lines[-1] if lines else f"exit status {self.status}"
+
+
+def run(arguments, seconds, words_path, stdin=None):
+    """Runs a program; its standard error goes to the file `words_path`.
+
+    The program gets a process group of its own, all of which is killed when the
+    time is over or when this program is interrupted.
+    """
+    with open(words_path, "wb") as words:
+        child = subprocess.Popen(
+            arguments,
+            stdin=stdin if stdin is not None else subprocess.DEVNULL,
+            stdout=words,
+            stderr=words,
+            start_new_session=True,
+        )
+    late = False
+    try:
+        child.wait(seconds)
+    except subprocess.TimeoutExpired:
+        late = True
+    finally:
+        # What it left running has no business any more either.
+        try:
+            os.killpg(child.pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+        child.wait()
+    with open(words_path, "rb") as words:
+        size = words.seek(0, os.SEEK_END)
+        words.seek(max(0, size - _MAX_WORDS))
+        text = words.read().decode("utf-8", "replace")
+    return Result(child.returncode, text, late)
+
+
+class Interrupted(BaseException):
+    """A signal asked the program to end."""
+
+    def __init__(self, number):
+        super().__init__(number)
+        self.number = number
+
+
+def raise_on_signals():
+    """Lets the signals that ask a program to end unwind it, so that it tidies up."""
+
+    def interrupt(number, _):
+        # A second one must not break the tidying up.
+        for each in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            signal.signal(each, signal.SIG_IGN)
+        raise Interrupted(number)
+
+    for each in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+        if signal.getsignal(each) != signal.SIG_IGN:
+            signal.signal(each, interrupt)
+
+
+def end_by_signal(number):
+    """Ends this program as the signal would have done."""
+    signal.signal(number, signal.SIG_DFL)
+    os.kill(os.getpid(), number)
