@@ -29,7 +29,7 @@ RESOLUTIONS = {
 SECONDS = 300
 
 # One white dot, the document without which the converter makes no cover page.
-_DOT = bytes.fromhex(
+DOT = bytes.fromhex(
     "89504e470d0a1a0a0000000d4948445200000001000000010100000000376ef924000000"
     "0a49444154789c636800000082008177cd72b60000000049454e44ae426082"
 )
@@ -88,7 +88,7 @@ class Pages:
         self._dpi = RESOLUTIONS[resolution]
         self._dot = os.path.join(work, "dot.png")
         with open(self._dot, "wb") as file:
-            file.write(_DOT)
+            file.write(DOT)
 
     def render(self, name, head, rows, marked=False):
         """Writes a page into the work folder and returns the path of a TIFF file

@@ -52,8 +52,8 @@ class Result:
         return lines[-1] if lines else f"exit status {self.status}"
 
 
-def run(arguments, seconds, words_path, stdin=None):
-    """Runs a program; its standard error goes to the file `words_path`.
+def run(arguments, seconds, words_path, stdin=subprocess.DEVNULL, folder=None):
+    """Runs a program, in a folder; what it prints goes to the file `words_path`.
 
     The program gets a process group of its own, all of which is killed when the
     time is over or when this program is interrupted.
@@ -61,10 +61,11 @@ def run(arguments, seconds, words_path, stdin=None):
     with open(words_path, "wb") as words:
         child = subprocess.Popen(
             arguments,
-            stdin=stdin if stdin is not None else subprocess.DEVNULL,
+            stdin=stdin,
             stdout=words,
             stderr=words,
             start_new_session=True,
+            cwd=folder,
         )
     late = False
     try:
