@@ -37,7 +37,7 @@ def _codec(charset):
         return None
     try:
         info = codecs.lookup(_MEANT.get(name, name))
-        bytes().decode(info.name)
+        bytes(4).decode(info.name, "replace")
     except Exception:  # importing a codec by a stranger's word may fail in any way
         return None
     return None if info.name.replace("-", "_") in _REFUSED else info.name

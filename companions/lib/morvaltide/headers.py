@@ -1,6 +1,7 @@
 """Headers of a mail to text. Nothing in them, however broken, is an error."""
 
 import binascii
+import email.message
 import email.utils
 import quopri
 import re
@@ -90,7 +91,12 @@ def file_name(part):
     """The name that the sender gave to a part, without folders, for reading only:
     no file is ever called so."""
     try:
-        found = part.get_filename()
+        # The library would replace bytes above 127 before it looks for the name.
+        readable = email.message.Message()
+        for key, value in part.raw_items():
+            if key.lower() in ("content-disposition", "content-type"):
+                readable[key] = _raw(value)
+        found = readable.get_filename()
         name = decoded(email.utils.collapse_rfc2231_value(found)) if found else ""
     except Exception:
         name = ""

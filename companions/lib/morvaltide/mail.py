@@ -121,6 +121,8 @@ class Fax:
 def make(options, beside, data):
     """Makes the fax and returns what of the mail it does not have."""
     with tempfile.TemporaryDirectory(prefix="morvaltide-mail.") as work:
+        # What killed programs leave behind goes away with it.
+        os.environ["TMPDIR"] = work
         fax = Fax(options, beside, work)
         try:
             fax.make(data)

@@ -4,11 +4,12 @@ or goes to FOLDER/failed with a message.
 A document is never copied, only renamed, so that it is in one place at any time.
 Each has a folder of its own below FOLDER/work, whose name tells how far it is:
 
-    ID          arrived (document/NAME), and perhaps being converted
+    ID          arrived, and perhaps being converted
     ID.done     converted; fax.tif goes to FOLDER/done, then the rest is removed
-    ID.failed   cannot be converted; document/NAME goes to FOLDER/failed
+    ID.failed   cannot be converted; the document goes to FOLDER/failed
 
-The first of these renamings decides what becomes of a document, so that a run
+In there it is called document, with the suffix that it had; its own name, which
+may be one that no program takes, stands in a file. The second of these renamings decides what becomes of a document, so that a run
 that is killed anywhere is finished by the next one without doing a thing twice.
 """
 
@@ -25,6 +26,7 @@ from morvaltide import charsets, durable
 MAX_TRIES = 3
 _FOLDERS = ("incoming", "work", "done", "failed")
 _ID = re.compile(r"\d{8}-\d{6}-\d{6}(\.done|\.failed)?")
+_SUFFIX = re.compile(r"\.[A-Za-z0-9]{1,8}")
 # What a file system takes, less what is put around a name.
 _LONGEST_NAME = 255 - 32
 
@@ -44,8 +46,8 @@ def _shortened(name):
 class Watch:
     """Handles the documents of one folder.
 
-    `convert(document, fax, work)` writes a fax and returns why it could not, or
-    None, and what there is to remark. `complain` takes a line for the operator.
+    `convert(document, name, fax, work)` writes a fax and returns why it could not,
+    or None, and what there is to remark; `name` is for its messages. `complain` takes a line for the operator.
     """
 
     def __init__(self, folder, convert, complain):
@@ -126,12 +128,16 @@ class Watch:
         return unfinished
 
     def _document(self, job):
-        """The name of the document of a job, or None if it has gone."""
-        try:
-            names = os.listdir(self._path("work", job, "document"))
-        except FileNotFoundError:
-            return None
-        return names[0] if names else None
+        """The path of the document of a job, or None if it has gone."""
+        for entry in os.listdir(self._path("work", job)):
+            if entry.startswith("document"):
+                return self._path("work", job, entry)
+        return None
+
+    def _name(self, job):
+        """The name that the document of a job arrived with."""
+        with open(self._path("work", job, "name"), "rb") as file:
+            return os.fsdecode(file.read())
 
     def _new_job(self):
         while True:
@@ -145,23 +151,24 @@ class Watch:
 
     def _handle(self, name):
         job = self._new_job()
-        os.mkdir(self._path("work", job, "document"))
-        try:
-            os.rename(self._path("incoming", name), self._path("work", job, "document", name))
-        except FileNotFoundError:
-            # Whoever delivered it has taken it away again.
-            shutil.rmtree(self._path("work", job))
-            return
-        durable.sync(self._path("work", job, "document"))
-        durable.sync(self._path("work", job))
+        self._write(self._path("work", job, "name"), os.fsencode(name))
         durable.sync(self._path("work"))
+        suffix = os.path.splitext(name)[1]
+        document = "document" + (suffix if _SUFFIX.fullmatch(suffix) else "")
+        try:
+            os.rename(self._path("incoming", name), self._path("work", job, document))
+        except OSError as error:
+            shutil.rmtree(self._path("work", job))
+            if isinstance(error, FileNotFoundError):
+                return  # whoever delivered it has taken it away again
+            raise
+        durable.sync(self._path("work", job))
         durable.sync(self._path("incoming"))
         self._finish(job)
 
     def _finish(self, job):
         """Converts the document of a job, decides, and delivers."""
-        name = self._document(job)
-        document = self._path("work", job, "document", name)
+        document = self._document(job)
         tries = sum(entry.startswith("try-") for entry in os.listdir(self._path("work", job)))
         if not stat.S_ISREG(os.lstat(document).st_mode):
             self._decide_failed(job, "it is no regular file")
@@ -175,7 +182,7 @@ class Watch:
         os.mkdir(marker)
         fax = os.path.join(marker, "fax.tif")
         try:
-            reason, remarks = self._convert(document, fax, marker)
+            reason, remarks = self._convert(document, shown(self._name(job)), fax, marker)
         except BaseException as error:
             if not isinstance(error, Exception):
                 # Stopped by a signal, which is not the document's fault.
@@ -185,8 +192,8 @@ class Watch:
             self._decide_failed(job, reason)
             return
         if remarks:
-            self._complain(f"remarks on '{shown(os.path.basename(document))}': {remarks}")
-            self._write(self._path("work", job, "message"), remarks)
+            self._complain(f"remarks on '{shown(self._name(job))}': {remarks}")
+            self._write_message(job, remarks)
         durable.sync(fax)
         os.rename(fax, self._path("work", job, "fax.tif"))
         durable.sync(self._path("work", job))
@@ -195,17 +202,20 @@ class Watch:
         self._deliver_done(job + ".done")
 
     def _decide_failed(self, job, reason):
-        self._complain(f"can't convert '{shown(self._document(job))}': {reason}")
-        self._write(self._path("work", job, "message"), reason)
+        self._complain(f"can't convert '{shown(self._name(job))}': {reason}")
+        self._write_message(job, reason)
         durable.sync(self._path("work", job))
         os.rename(self._path("work", job), self._path("work", job + ".failed"))
         durable.sync(self._path("work"))
         self._deliver_failed(job + ".failed")
 
+    def _write_message(self, job, text):
+        self._write(self._path("work", job, "message"), (text + "\n").encode("utf-8", "replace"))
+
     @staticmethod
-    def _write(path, text):
-        with open(path, "w", encoding="utf-8", errors="replace") as file:
-            file.write(text + "\n")
+    def _write(path, data):
+        with open(path, "wb") as file:
+            file.write(data)
             file.flush()
             os.fsync(file.fileno())
 
@@ -219,7 +229,7 @@ class Watch:
     def _deliver_done(self, job):
         fax = self._path("work", job, "fax.tif")
         if os.path.lexists(fax):
-            name = f"{job.partition('.')[0]}-{_shortened(self._document(job))}.tif"
+            name = f"{job.partition('.')[0]}-{_shortened(self._name(job))}.tif"
             message = self._path("work", job, "message")
             if os.path.lexists(message):
                 self._move(message, self._path("done", name + ".txt"))
@@ -230,12 +240,10 @@ class Watch:
     def _deliver_failed(self, job):
         document = self._document(job)
         if document is not None:
-            name = f"{job.partition('.')[0]}-{_shortened(document)}"
+            name = f"{job.partition('.')[0]}-{_shortened(self._name(job))}"
             message = self._path("work", job, "message")
             if os.path.lexists(message):
                 self._move(message, self._path("failed", name + ".txt"))
-            self._move(
-                self._path("work", job, "document", document), self._path("failed", name)
-            )
+            self._move(document, self._path("failed", name))
             durable.sync(self._path("failed"))
         shutil.rmtree(self._path("work", job))

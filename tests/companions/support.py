@@ -1,0 +1,133 @@
+"""What the tests of the companion programs share.
+
+The environment names the converter (MORVALTIDE) and the top folder of the
+sources (SOURCES). Without a morvaltide-prepare a stand-in takes its place.
+"""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+sys.dont_write_bytecode = True
+SOURCES = os.environ["SOURCES"]
+CONVERTER = os.environ["MORVALTIDE"]
+COMPANIONS = os.path.join(SOURCES, "companions")
+SAMPLES = os.path.join(SOURCES, "samples")
+sys.path.insert(0, os.path.join(COMPANIONS, "lib"))
+
+from morvaltide import layout, tiff  # noqa: E402
+
+_PREPARE = """#!/bin/sh
+# Takes what the converter takes, by content, and nothing else.
+while :; do
+    case $1 in
+        -p | -r | -m) shift 2 ;;
+        -*) shift ;;
+        *) break ;;
+    esac
+done
+mkdir -p "$1"
+case $(head -c 4 "$2" | od -An -c | tr -d ' ') in
+    %PDF) suffix=pdf ;;
+    '211PNG') suffix=png ;;
+    '377330377'*) suffix=jpg ;;
+    'II*\\0') suffix=tif ;;
+    *) echo "morvaltide-prepare: can't prepare '$2': it is of no known type" >&2; exit 1 ;;
+esac
+cp "$2" "$1/0001.$suffix"
+"""
+
+
+def need(program, package):
+    """Skips all tests of a file whose tool is not installed."""
+    if shutil.which(program) is None:
+        print(f"skipped: {program} is not installed (Debian package {package})", file=sys.stderr)
+        sys.exit(77)
+
+
+def script(path, text):
+    with open(path, "w", encoding="utf-8") as file:
+        file.write(text)
+    os.chmod(path, 0o755)
+
+
+def sample(name):
+    with open(os.path.join(SAMPLES, name), "rb") as file:
+        return file.read()
+
+
+class Case(unittest.TestCase):
+    """A test in a folder of its own, with the programs on PATH."""
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="companions.")
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.bin = self.path("bin")
+        os.mkdir(self.bin)
+        os.mkdir(self.path("tmp"))
+        if not os.path.exists(os.path.join(COMPANIONS, "morvaltide-prepare")):
+            script(os.path.join(self.bin, "morvaltide-prepare"), _PREPARE)
+        folders = [self.bin, os.path.dirname(CONVERTER), os.environ["PATH"]]
+        # The C locale, as mail servers have it.
+        self.environment = {
+            "PATH": ":".join(folders), "TMPDIR": self.path("tmp"), "LC_ALL": "C",
+            "LSAN_OPTIONS": os.environ.get("LSAN_OPTIONS", ""),
+            "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", ""),
+        }
+
+    def path(self, *names):
+        return os.path.join(self.folder, *names)
+
+    def write(self, name, data):
+        with open(self.path(name), "wb") as file:
+            file.write(data)
+
+    def stand_in(self, name, text):
+        script(os.path.join(self.bin, name), "#!/bin/sh\n" + text)
+
+    def run_program(self, name, *arguments, stdin=b""):
+        """Runs a companion; gives its exit status and its words."""
+        done = subprocess.run(
+            ["/usr/bin/python3", os.path.join(COMPANIONS, name), *arguments], input=stdin,
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.folder,
+            env=self.environment, check=False)
+        self.assertEqual(done.stdout, b"", "standard output is not empty")
+        return done.returncode, done.stderr.decode("utf-8")
+
+    def convert(self, fax, *arguments):
+        subprocess.run([CONVERTER, "-o", self.path(fax), *arguments], check=True,
+                       cwd=self.folder, env=self.environment)
+
+    def pages(self, fax):
+        """The coded bytes of each page of a fax. The same bytes in the same coding
+        are the same page."""
+        return [b"".join(page.strips()) for page in tiff.read(self.path(fax))[1]]
+
+    def dots(self, fax, number):
+        """A page as rows of bytes, 1 for black, and its dots per inch."""
+        plain = self.path("plain.tif")
+        subprocess.run(["tiffcp", "-c", "none", f"{self.path(fax)},{number}", plain], check=True)
+        (page,) = tiff.read(plain)[1]
+        (width,) = page.numbers(tiff.IMAGE_WIDTH)
+        data = b"".join(page.strips())
+        if page.numbers(tiff.PHOTOMETRIC) != [tiff.MIN_IS_WHITE]:
+            data = bytes(byte ^ 0xFF for byte in data)
+        stride = (width + 7) // 8
+        return [data[i : i + stride] for i in range(0, len(data), stride)]
+
+    def assert_margins(self, rows, dpi):
+        """No dot is nearer than half an inch to an edge."""
+        across, down = dpi[0] // 16 + 1, dpi[1] // 2
+        blank = bytes(len(rows[0]))
+        for part in (rows[:down], rows[-down:]):
+            self.assertTrue(all(row == blank for row in part), "ink in the upper or lower margin")
+        across -= 1  # whole bytes below half an inch
+        for row in rows:
+            self.assertEqual(row[:across], blank[:across], "ink in the left margin")
+            self.assertEqual(row[-across:], blank[:across], "ink in the right margin")
+
+
+RESOLUTIONS = layout.RESOLUTIONS
