@@ -16,9 +16,9 @@ SOURCES = os.environ["SOURCES"]
 CONVERTER = os.environ["MORVALTIDE"]
 COMPANIONS = os.path.join(SOURCES, "companions")
 SAMPLES = os.path.join(SOURCES, "samples")
-sys.path.insert(0, os.path.join(COMPANIONS, "lib"))
+sys.path.insert(0, COMPANIONS)
 
-from morvaltide import layout, tiff  # noqa: E402
+from morvaltide_companions import layout, tiff  # noqa: E402
 
 _PREPARE = """#!/bin/sh
 # Takes what the converter takes, by content, and nothing else.

@@ -9,7 +9,7 @@ import unittest
 from email.message import EmailMessage
 
 import support
-from morvaltide import cover, layout, tiff
+from morvaltide_companions import cover, layout, tiff
 
 support.need("tiffcp", "libtiff-tools")
 support.need("gs", "ghostscript")

@@ -11,7 +11,7 @@ import sys
 import unittest
 
 import support
-from morvaltide import tiff
+from morvaltide_companions import tiff
 
 support.need("tiffcp", "libtiff-tools")
 PAPER, *CHOSEN = sys.argv[1:]

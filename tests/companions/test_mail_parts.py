@@ -8,7 +8,7 @@ from email.mime.multipart import MIMEMultipart
 from email.mime.text import MIMEText
 
 import support
-from morvaltide import parts
+from morvaltide_companions import parts
 
 PNG = support.sample("chart.png")
 PDF = support.sample("report.pdf")

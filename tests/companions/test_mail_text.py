@@ -4,7 +4,7 @@ import email
 import unittest
 
 import support  # noqa: F401  (it finds the modules)
-from morvaltide import charsets, headers, html_text, layout
+from morvaltide_companions import charsets, headers, html_text, layout
 
 CHARSETS = [
     ("utf-8", "Grüße".encode(), "Grüße"),

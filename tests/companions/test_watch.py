@@ -5,7 +5,7 @@ import signal
 import unittest
 
 import support
-from morvaltide import tiff
+from morvaltide_companions import tiff
 
 DOT = support.layout.DOT
 BAD = DOT + b"bad"

@@ -81,6 +81,11 @@ def lines(text):
         yield line.rstrip()
 
 
+def printable(text):
+    """A line of a program's own, less what a terminal would obey."""
+    return "".join(character for character in text if character.isprintable())
+
+
 _DIRECTIONS = re.compile("[\u061c\u200e\u200f\u202a-\u202e\u2066-\u2069]")
 
 

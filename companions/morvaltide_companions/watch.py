@@ -20,7 +20,7 @@ import re
 import shutil
 import stat
 
-from morvaltide import charsets, durable
+from morvaltide_companions import charsets, durable
 
 # A document on whose conversion this program was killed so often is to blame.
 MAX_TRIES = 3

@@ -10,7 +10,7 @@ import hashlib
 import json
 import os
 
-from morvaltide import durable
+from morvaltide_companions import durable
 
 
 class Stop(Exception):

@@ -6,7 +6,7 @@ import email.utils
 import quopri
 import re
 
-from morvaltide import charsets
+from morvaltide_companions import charsets
 
 _WORD = re.compile(r"=\?([^?\s]{0,80})\?([bBqQ])\?([^?]*)\?=")
 

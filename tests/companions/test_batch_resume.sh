@@ -2,11 +2,11 @@
 # A batch of 100 jobs, 10 of them bad, is killed in the middle and resumed: the
 # result is that of a batch that was not.
 # shellcheck disable=SC2012 # the names are known
-source "$(dirname "$0")/check.sh"
+source "$(dirname "$0")/../packaging/check.sh"
 need parallel parallel
 need gs ghostscript
 
-batch=$sources/examples/batch/morvaltide-batch
+batch=$sources/companions/morvaltide-batch
 export PARALLEL_HOME=$work/parallel
 mkdir "$PARALLEL_HOME"
 
@@ -24,9 +24,13 @@ equal "the number of jobs" "$(wc -l <list)" 100
 sed 's/^OUT/whole/' list >whole.tsv
 sed 's/^OUT/killed/' list >killed.tsv
 
-"$batch" -j 2 whole.tsv 2>whole.err
+bytes() {
+    cat "$1"/*.tif | wc -c
+}
+"$batch" -j 2 -r 1 whole.tsv 2>whole.err
 equal "the exit status with bad jobs" $? 1
-equal "the summary" "$(head -n 1 whole.err)" "90 of 100 jobs are done, 10 failed"
+equal "the summary" "$(head -n 1 whole.err)" \
+    "90 of 100 jobs are done, 0 of them with remarks, 10 failed; 108 pages, $(bytes whole) bytes"
 expectedFailures() {
     for i in 1 2 3; do
         echo "$1/empty$i.pdf.tif: can't write page file 'in/empty$i.pdf', invalid pdf format"
@@ -42,7 +46,7 @@ expectedFailures() {
 equal "the list of failures" "$(tail -n +2 whole.err | LC_ALL=C sort)" "$(expectedFailures whole)"
 equal "the number of results" "$(ls -A whole | wc -l)" 90
 
-setsid "$batch" -j 2 killed.tsv 2>/dev/null &
+setsid "$batch" -j 2 -r 1 killed.tsv 2>/dev/null &
 group=$!
 for ((i = 0; i < 600; ++i)); do
     (($(ls killed 2>/dev/null | wc -l) >= 30)) && break
@@ -52,20 +56,18 @@ kill -KILL -- "-$group"
 wait "$group" 2>/dev/null
 before=$(ls killed | wc -l)
 ((before >= 30 && before < 90)) || fail "the batch was not killed in the middle but after $before"
-doneBefore=$(awk 'NR > 1 && $7 == 0 { print $1 }' killed.tsv.state/log | sort)
+# What was done has an inode that a second conversion would change.
+ls -i killed | LC_ALL=C sort >before
 cp whole/9.png.tif killed/.9.png.tif.123.part
 
-"$batch" -j 2 killed.tsv 2>killed.err
+"$batch" -j 2 -r 1 killed.tsv 2>killed.err
 equal "the exit status of the resumed batch" $? 1
 equal "the summary of the resumed batch" "$(head -n 1 killed.err)" \
-    "90 of 100 jobs are done, 10 failed"
+    "$(head -n 1 whole.err)"
 equal "the failures of the resumed batch" "$(tail -n +2 killed.err | LC_ALL=C sort)" \
     "$(expectedFailures killed)"
 equal "the result" "$(tree killed)" "$(tree whole)"
-twice=$(awk 'NR > 1 && $7 == 0 { print $1 }' killed.tsv.state/log | sort | uniq -d)
-equal "the list of jobs that were done twice" "$(comm -12 <(echo "$twice") <(echo "$doneBefore"))" ""
-
-cp in/1.png in/gone.png
-"$batch" -j 2 killed.tsv 2>again.err
-equal "the summary after one document was mended" "$(head -n 1 again.err)" \
-    "91 of 100 jobs are done, 9 failed"
+# A kill between the renaming and the record of it leaves a job to be done again:
+# at most one for each that ran at a time.
+again=$(ls -i killed | LC_ALL=C sort | comm -13 - before | wc -l)
+((again <= 2)) || fail "$again jobs were done again"

@@ -4,7 +4,7 @@ import os
 import re
 import tempfile
 
-from morvaltide import charsets, cover, durable, layout, parts, tiff, tools
+from morvaltide_companions import charsets, cover, durable, layout, parts, tiff, tools
 
 # For each program that works on one attachment.
 SECONDS = 300

@@ -5,7 +5,7 @@ import shlex
 import subprocess
 import tempfile
 
-from morvaltide import batch, charsets, durable, tiff, tools
+from morvaltide_companions import batch, charsets, durable, tiff, tools
 
 # What is sent to another machine: the documents go there as a tar file, and the
 # fax comes back on standard output, all over one connection.
@@ -19,7 +19,10 @@ export TMPDIR="$work"
 set -f
 set -- -o "$work/fax.tif" -- "$@"
 [ -z "$cover" ] || set -- -C "$cover" "$@"
-timeout --kill-after=5 "$limit" morvaltide $options "$@" >&2 || exit
+timeout --kill-after=5 "$limit" morvaltide $options "$@" >"$work/words" 2>&1
+status=$?
+sed "s/^/@/" "$work/words" >&2
+[ "$status" -eq 0 ] || exit "$status"
 cat "$work/fax.tif"
 """
 
@@ -62,16 +65,28 @@ def _convert_on(machine, job, part, limit, words):
     return status
 
 
-def _convert(job, part, limit, words, slot, beside):
+def _words(file):
+    file.seek(max(0, file.seek(0, os.SEEK_END) - 65536))
+    return file.read().decode("utf-8", "replace").splitlines()
+
+
+def _convert(job, part, limit, slot, beside):
+    """Makes the fax; returns the exit status, and what was said."""
     machines = os.environ.get("BATCH_HOSTS", "").split()
     if not machines:
-        return _convert_here(job, part, limit, words, beside)
+        with tempfile.TemporaryFile() as file:
+            return _convert_here(job, part, limit, file, beside), _words(file)
     # A machine that cannot be reached leaves its jobs to the others.
     for i in range(len(machines)):
-        status = _convert_on(machines[(slot - 1 + i) % len(machines)], job, part, limit, words)
+        machine = machines[(slot - 1 + i) % len(machines)]
+        with tempfile.TemporaryFile() as file:
+            status = _convert_on(machine, job, part, limit, file)
+            words = _words(file)
         if status != 255:
             break
-    return status
+    # Logging in has its own words, which say nothing of the fax.
+    own = [line[1:] for line in words if line.startswith("@")]
+    return status, own if own or status == 0 else words
 
 
 def _reason(status, limit, words):
@@ -82,10 +97,10 @@ def _reason(status, limit, words):
         return "morvaltide is not installed"
     if status == 255:
         return "no machine can be reached"
-    lines = [line for line in words.splitlines() if line.strip()]
+    lines = [line for line in words if line.strip()]
     # Those of libtiff and Ghostscript are around the program's own message.
     own = [line for line in lines if line.startswith("can't ")]
-    return charsets.one_line((own or lines or [f"exit status {status}"])[-1])
+    return charsets.printable((own or lines or [f"exit status {status}"])[-1].strip())
 
 
 def _finish(job, part, words, hold):
@@ -94,7 +109,7 @@ def _finish(job, part, words, hold):
     if pages == 0:
         raise tiff.TiffError("no pages")
     durable.sync(part)
-    lines = [line for line in map(charsets.one_line, words.splitlines()) if line]
+    lines = [line for line in map(charsets.printable, words) if line.strip()]
     held = bool(hold and lines)
     target = job.output + ".held" if held else job.output
     size = os.path.getsize(part)
@@ -118,20 +133,17 @@ def run(folder, key, slot, seconds, hold, beside):
     try:
         os.makedirs(place, exist_ok=True)
         part = os.path.join(place, f".{os.path.basename(job.output)[:200]}.{os.getpid()}.part")
-        with tempfile.TemporaryFile() as file:
-            status = _convert(job, part, limit, file, slot, beside)
-            file.seek(max(0, file.seek(0, os.SEEK_END) - 65536))
-            words = file.read().decode("utf-8", "replace")
+        status, words = _convert(job, part, limit, slot, beside)
         if status == 0:
             record = _finish(job, part, words, hold)
         else:
             record = {"kind": "failed", "words": _reason(status, limit, words)}
     except (tools.Missing, tiff.TiffError) as error:
-        record = {"kind": "failed", "words": charsets.one_line(str(error))}
+        record = {"kind": "failed", "words": charsets.printable(str(error))}
     except OSError as error:
         name = error.filename or job.output
         reason = f"can't write '{name}': {error.strerror}"
-        record = {"kind": "failed", "words": charsets.one_line(reason)}
+        record = {"kind": "failed", "words": charsets.printable(reason)}
     finally:
         if part is not None and os.path.lexists(part):
             os.unlink(part)

@@ -4,7 +4,7 @@ import dataclasses
 import email
 import re
 
-from morvaltide import charsets, headers, html_text, pictures
+from morvaltide_companions import charsets, headers, html_text, pictures
 
 # No mail of a person comes near these.
 MAX_BYTES = 64 * 1024 * 1024

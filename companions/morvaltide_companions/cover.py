@@ -3,7 +3,7 @@ which its text goes on."""
 
 import html
 
-from morvaltide import charsets, layout
+from morvaltide_companions import charsets, layout
 
 # What a heading may take of the cover page, in characters. What is longer is
 # repeated in full in front of the text.

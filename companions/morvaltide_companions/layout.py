@@ -10,7 +10,7 @@ import html
 import os
 import unicodedata
 
-from morvaltide import tiff, tools
+from morvaltide_companions import tiff, tools
 
 MARGIN_INCHES = 0.625
 # Qt lays a page out at 96 dots per inch.

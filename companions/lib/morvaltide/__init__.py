@@ -1,1 +1,0 @@
-"""What the companion programs of morvaltide share."""

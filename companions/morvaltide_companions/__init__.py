@@ -1,0 +1,1 @@
+"""What morvaltide-batch, morvaltide-mail and morvaltide-watch are made of."""
