@@ -3,6 +3,8 @@
 configure_file(man/morvaltide.1.in man/morvaltide.1 @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/man/morvaltide.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 
+include(cmake/Companions.cmake)
+
 # Debian's zsh also looks into site-functions, but below /usr/local only.
 set(MORVALTIDE_ZSH_COMPLETION_DIR ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING
   "Where the completion for zsh is installed")
@@ -13,10 +15,6 @@ install(FILES completions/morvaltide.fish
   DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
 install(FILES docs/recipes.md docs/viewing.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(PROGRAMS examples/batch/convert-job examples/batch/morvaltide-batch
-  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/batch)
-install(FILES examples/batch/README.md examples/batch/jobs.tsv
-  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/batch)
 
 # One program under three names, as the fax server calls it.
 install(PROGRAMS companions/hylafax/morvaltide-ps2fax
@@ -39,7 +37,11 @@ cover page in front of them, into one TIFF file of bilevel fax pages, coded
 with CCITT group 3 or group 4, for fax servers and mail gateways.
 .
 Paper size, resolution, margins and rotation can be chosen. The program runs
-without a display.")
+without a display.
+.
+Its companions turn mails into faxes (morvaltide-mail), convert lists of
+documents on one machine or many (morvaltide-batch), and convert what arrives
+in a folder (morvaltide-watch).")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
@@ -50,10 +52,12 @@ set(CPACK_DEBIAN_PACKAGE_SECTION comm)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # What is not linked: the interpreter of PDF documents, the plug-in that reads
-# TIFF files and the database by which contents are recognised.
+# TIFF files, the database by which contents are recognised, and the language
+# of the companion programs.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
-  "ghostscript (>= 10~), qt5-image-formats-plugins, shared-mime-info")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-dejavu-core")
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "libtiff-tools, parallel")
+  "ghostscript (>= 10~), python3, qt5-image-formats-plugins, shared-mime-info")
+# What the companion programs call.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-dejavu-core, libtiff-tools")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "openssh-client, parallel")
 
 include(CPack)

@@ -11,7 +11,7 @@ function(find_one name result)
 endfunction()
 
 find_one(LICENSE licence)
-find_one(morvaltide.1 page)
+file(GLOB_RECURSE pages ${CPACK_TEMPORARY_DIRECTORY}/*.1)
 
 get_filename_component(docs ${licence} DIRECTORY)
 # The copyright file has the same text.
@@ -27,4 +27,4 @@ if(NOT position EQUAL 0)
     "packaging/changelog does not begin with version ${CPACK_PACKAGE_VERSION}: ${newest}")
 endif()
 
-execute_process(COMMAND gzip -9n ${docs}/changelog ${page} COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND gzip -9n ${docs}/changelog ${pages} COMMAND_ERROR_IS_FATAL ANY)

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Jobs are told by their line and their documents: when a list grows or a
 # document changes, just that is converted.
+# shellcheck source=../packaging/check.sh
 source "$(dirname "$0")/../packaging/check.sh"
 need parallel parallel
 need gs ghostscript

@@ -2,6 +2,7 @@
 # A batch of 100 jobs, 10 of them bad, is killed in the middle and resumed: the
 # result is that of a batch that was not.
 # shellcheck disable=SC2012 # the names are known
+# shellcheck source=../packaging/check.sh
 source "$(dirname "$0")/../packaging/check.sh"
 need parallel parallel
 need gs ghostscript

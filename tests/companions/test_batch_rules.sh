@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # What a batch refuses, and what it says of jobs that hang or cannot run.
 # shellcheck disable=SC2016 # text of another script
+# shellcheck source=../packaging/check.sh
 source "$(dirname "$0")/../packaging/check.sh"
 need parallel parallel
 need ssh openssh-client

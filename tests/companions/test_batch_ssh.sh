@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # A batch over SSH to two servers on the loopback interface gives what a batch
 # on this machine gives, and leaves nothing behind there.
+# shellcheck source=../packaging/check.sh
 source "$(dirname "$0")/../packaging/check.sh"
 need parallel parallel
 need sshd openssh-server
