@@ -128,71 +128,75 @@ MaxRetries: 2
 RetryTime: 300"
 }
 
+recipe_Files() {
+    local script name
+    for script in "$sources"/examples/recipes/*; do
+        name=$(basename "$script")
+        takeScript "$name"
+        equal "the script $name in the document" "$(<"bin/$name")" "$(<"$script")"
+        grep -q "examples/recipes/$name\b" "$sources/cmake/Companions.cmake" ||
+            fail "$name is not installed"
+    done
+    [[ -e bin/spool-fax ]] || fail "there are no scripts"
+}
+
 recipe_MailGateway() {
-    need python3 python3
+    need tiffcp libtiff-tools
     takeScript mail-to-fax
-    mkdir out
-    {
-        printf '%s\n' 'From: "Eve <b>" <eve@example.org>' 'To: fax@example.org' \
-            'Subject: =?utf-8?q?Gr=C3=BC=C3=9Fe_=3Cimg_src=3D/x=3E?=' 'MIME-Version: 1.0' \
-            'Content-Type: multipart/mixed; boundary=B' '' '--B' \
-            'Content-Type: text/plain; charset=utf-8' '' 'See <below> & reply' '--B' \
-            'Content-Type: application/octet-stream' \
-            'Content-Disposition: attachment; filename="../../-o evil.PDF"' \
-            'Content-Transfer-Encoding: base64' ''
-        base64 letter.pdf
-        printf '%s\n' '--B' 'Content-Type: image/png' 'Content-Transfer-Encoding: base64' ''
-        base64 picture.png
-        printf '%s\n' '--B--'
-    } >message
-    # A stand-in keeps the cover page and the names for the comparison.
-    printf '#!/bin/sh\ncp "$2" cover.html\nfor name; do echo "${name##*/}"; done >names\nexec "%s" "$@"\n' \
-        "$program" >bin/morvaltide
-    chmod +x bin/morvaltide
-    bin/mail-to-fax out/fax.tif <message || fail "mail-to-fax failed"
-    equal "the number of pages" "$(pages out/fax.tif)" 3
-    equal "what is in the folder" "$(ls -A out)" fax.tif
-    equal "the documents" "$(tail -n 2 names)" "0001.pdf
-0002.png"
-    grep -qF '<b>Subject:</b> Grüße &lt;img src=/x&gt;</p>' cover.html ||
-        fail "the subject is not on the cover page: $(<cover.html)"
-    grep -qF 'See &lt;below&gt; &amp; reply' cover.html || fail "the text is not escaped"
+    ln -s "$sources/companions/morvaltide-mail" bin/morvaltide-mail
+    # The queue takes the file away before the script removes its folder.
+    printf '#!/bin/sh\nprintf "%%s " "$1" "$2" "$3" >>queue.log\ncp "$4" queued.tif\n' >bin/sendfax
+    chmod +x bin/sendfax
+    standIn logger
+    printf 'From: Ann <ann@example.org>\nSubject: Hello\n\nwords\n' >message
+    bin/mail-to-fax 5551234 <message || fail "mail-to-fax failed"
+    equal "what sendfax was asked" "$(<queue.log)" "-n -d 5551234 "
+    equal "the number of pages" "$(pages queued.tif)" 1
 
-    printf 'Subject: none\n\njust words\n' >message
-    bin/mail-to-fax out/none.tif <message 2>error && fail "a mail without documents passed"
-    equal "the message" "$(<error)" "the message has no document that can be faxed"
-    equal "what is in the folder after a failure" "$(ls -A out)" fax.tif
+    rm queue.log queued.tif
+    # A part that cannot be faxed is noted, and the rest is sent.
+    printf '#!/bin/sh\necho "morvaltide-prepare: can'"'"'t prepare '"'"'x'"'"': no" >&2; exit 1\n' \
+        >bin/morvaltide-prepare
+    chmod +x bin/morvaltide-prepare
+    printf 'Content-Type: application/zip; name=a.zip\n\nPK\n' >message
+    bin/mail-to-fax 5551234 <message || fail "mail-to-fax failed for a part that cannot be faxed"
+    equal "the number of pages" "$(pages queued.tif)" 1
+    equal "what was noted" "$(<logger.log)" "-t
+mail-to-fax"
+
+    rm queue.log
+    bin/mail-to-fax 5551234 </dev/null 2>words
+    equal "the exit status for an empty mail" $? 69
+    equal "what the sender is told" "$(<words)" "morvaltide-mail: the message is empty"
+    [[ ! -e queue.log ]] || fail "an empty mail was queued"
 }
 
-recipe_WatchedFolder() {
-    takeScript fax-watch
-    mkdir -p fax/incoming
-    cp letter.pdf bad.png fax/incoming
-    cp picture.png 'fax/incoming/-o two words.png'
-    cp picture.png fax/incoming/.unfinished.png
-    bin/fax-watch fax || fail "fax-watch failed"
-    bin/fax-watch fax || fail "fax-watch failed in an empty folder"
-    equal "what is done" "$(ls -A fax/done)" "-o two words.png.tif
-letter.pdf.tif"
-    equal "what has failed" "$(ls -A fax/failed)" "bad.png
-bad.png.txt"
-    equal "the message" "$(<fax/failed/bad.png.txt)" \
-        "can't write page file 'work/bad.png', invalid png format"
-    equal "what is left to do" "$(ls -A fax/incoming)" .unfinished.png
-    equal "the number of pages" "$(pages fax/done/letter.pdf.tif)" 1
-}
-
-recipe_WatchedFolderUnits() {
-    need systemd-analyze systemd
-    mkdir units
-    takeScript fax-watch.path
-    takeScript fax-watch.service
-    cat bin/fax-watch.path >units/fax-watch.path
-    # The program has to exist for the check.
-    sed "s|/usr/local/bin/fax-watch|/bin/true|" bin/fax-watch.service >units/fax-watch.service
-    equal "what systemd says of the units" \
-        "$(systemd-analyze verify --man=no units/fax-watch.path units/fax-watch.service 2>&1 |
-            grep fax-watch)" ""
+recipe_FaxToMail() {
+    need tiff2pdf libtiff-tools
+    need python3 python3
+    takeScript fax-to-mail
+    printf '#!/bin/sh\nprintf "%%s\\n" "$@" >sendmail.log\ncat >mail\n' >bin/sendmail
+    chmod +x bin/sendmail
+    morvaltide -r fine -o fax.tif letter.pdf picture.png
+    bin/fax-to-mail fax.tif office@example.org $'+49 12\nBcc: x@example.org' ||
+        fail "fax-to-mail failed"
+    equal "what sendmail was asked" "$(<sendmail.log)" "-i
+--
+office@example.org"
+    equal "the headings" "$(sed '/^$/q' mail | grep -v '^Content\|^MIME')" "To: office@example.org
+Subject: Fax from +49 12Bcc xexample.org"
+    python3 -c 'import email, sys
+message = email.message_from_binary_file(open("mail", "rb"))
+open("mailed.pdf", "wb").write(message.get_payload(decode=True))'
+    # Drawn at the very dots of the fax, the document has the same pages.
+    gs -q -sDEVICE=tiffg4 -r204x196 -g1728x2292 -o drawn.tif mailed.pdf
+    equal "the number of pages" "$(pages drawn.tif)" 2
+    for page in 0 1; do
+        tiffcp -c none "fax.tif,$page" "sent$page.tif"
+        tiffcp -c none "drawn.tif,$page" "mailed$page.tif"
+        tiffcmp -t "sent$page.tif" "mailed$page.tif" >differences ||
+            fail "page $page is another one: $(head -n 3 differences)"
+    done
 }
 
 recipe_CoverTemplate() {
