@@ -44,18 +44,29 @@ def _codec(charset):
 
 
 def decode(data, charset):
-    """Text of bytes in a charset. What cannot be read becomes U+FFFD; an unknown
-    charset is taken for UTF-8, or else for Windows' western one."""
-    for name in (_codec(charset), "utf-8"):
-        if name:
+    """Text of bytes in a charset. What cannot be read becomes U+FFFD. Without a
+    charset that is known, each line is taken for UTF-8, or else for Windows'
+    western one."""
+    name = _codec(charset)
+    for known in (name, "utf-8"):
+        if known:
             try:
-                return data.decode(name).lstrip("\ufeff")
+                return data.decode(known).lstrip("\ufeff")
             except (UnicodeError, ValueError):
                 pass
+    if name is None:
+        return "\n".join(map(_western, data.split(b"\n")))
     try:
-        return data.decode(_codec(charset) or "cp1252", "replace")
+        return data.decode(name, "replace")
     except (UnicodeError, ValueError):
         return data.decode("ascii", "replace")
+
+
+def _western(line):
+    try:
+        return line.decode("utf-8")
+    except UnicodeDecodeError:
+        return line.decode("cp1252", "replace")
 
 
 def _printable(character):

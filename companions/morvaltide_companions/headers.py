@@ -19,13 +19,18 @@ def _raw(value):
     return text
 
 
+def from_base64(text):
+    """The bytes of base64 without padding, and with a letter too many at the end,
+    as some senders have it. Other characters are skipped."""
+    letters = re.sub(r"[^A-Za-z0-9+/]", "", text)
+    letters = letters[: len(letters) - 1] if len(letters) % 4 == 1 else letters
+    return binascii.a2b_base64(letters + "=" * (-len(letters) % 4))
+
+
 def _word_bytes(kind, text):
     if kind in "qQ":
         return quopri.decodestring(text.replace("_", " ").encode("utf-8"), header=True)
-    letters = re.sub(r"[^A-Za-z0-9+/]", "", text)
-    # Without padding and with a letter too many, as some senders have it.
-    letters = letters[: len(letters) - 1] if len(letters) % 4 == 1 else letters
-    return binascii.a2b_base64(letters + "=" * (-len(letters) % 4))
+    return from_base64(text)
 
 
 def decoded(value):

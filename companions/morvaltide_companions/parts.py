@@ -162,7 +162,7 @@ class Reader:
         name = headers.file_name(part)
         place = headers.disposition(part)
         text = _text_of(data, kind, headers.charset(part))
-        if kind in ("text/plain", "text/html") and place != "attachment" and not name:
+        if kind in ("text/plain", "text/html", "text/rfc822-headers") and place != "attachment" and not name:
             if text is not None:
                 return Content([text] if text.strip() else [])
         if kind in _SIGNATURES:
@@ -179,6 +179,12 @@ class Reader:
 
 def _bytes_of(part):
     """The bytes of a part as they were before they were coded for the mail."""
+    coding = headers.header(part, "content-transfer-encoding").strip().lower()
+    if coding == "base64" and isinstance(part.get_payload(), str):
+        # The library gives up on one letter too many. What stands behind the
+        # padding has been added by a mailing list.
+        letters = re.sub(r"[^A-Za-z0-9+/=]", "", part.get_payload()).split("=")[0]
+        return headers.from_base64(letters)
     try:
         return part.get_payload(decode=True) or b""
     except Exception:  # whatever the library finds wrong with the coding
@@ -190,7 +196,8 @@ def _text_of(data, kind, charset):
     if not kind.startswith("text/") or data.startswith(_NOT_TEXT):
         return None
     wide = (charset or "").lower().startswith(("utf-16", "utf-32"))
-    if b"\0" in data and not wide:
+    # A text may have a stray one; where they abound, it is something else.
+    if data.count(b"\0") * 20 > len(data) and not wide:
         return None
     text = charsets.decode(data, charset)
     return html_text.text_of(text) if kind == "text/html" else text

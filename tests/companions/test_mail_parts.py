@@ -81,6 +81,10 @@ SHAPES = {
     "delivery report": (
         multipart("report", PLAIN, part("message/delivery-status", "Reporting-MTA: dns; x\n")),
         ["plain", "Reporting-MTA: dns; x"], []),
+    "text with a stray NUL": ("Subject: s\n\nhel\0lo" + " words" * 9, ["hel\0lo" + " words" * 9], []),
+    "headers of a lost mail": (
+        multipart("report", PLAIN, part("text/rfc822-headers", "From: Ann")),
+        ["plain", "From: Ann"], []),
     "end missing": (multipart("mixed", PLAIN, PDF_PART, end=""), ["plain"], ["a.pdf"]),
     "boundary not named": (
         multipart("mixed", PLAIN, PDF_PART).replace('; boundary="XX"', ""), ["plain"], ["a.pdf"]),
@@ -94,6 +98,11 @@ SHAPES = {
         ["a=ZZ bü c"], []),
     "broken base64": (
         part("text/plain", "aGVs*bG8\n!!", "Content-Transfer-Encoding: base64\n"), ["hello"], []),
+    "base64 with a letter too many": (
+        part("text/plain", "aGVsbG8hX", "Content-Transfer-Encoding: BASE64\n"), ["hello!"], []),
+    "base64 with a footer": (
+        part("text/plain", "aGVsbG8=\n___\nA list", "Content-Transfer-Encoding: base64\n"),
+        ["hello"], []),
     "unknown coding": (
         part("text/plain", "hello", "Content-Transfer-Encoding: x-martian\n"), ["hello"], []),
 }

@@ -26,6 +26,7 @@ CHARSETS = [
     (None, "Grüße".encode(), "Grüße"),
     (None, b"Gr\xfc\xdfe", "Grüße"),
     ("x-martian", b"Gr\xfc\xdfe", "Grüße"),
+    ("x-martian", "Grüße\n".encode() + b"Gr\xfc\xdfe", "Grüße\nGrüße"),
     ("utf-8", b"Gr\xfc\xdfe", "Gr\ufffd\ufffde"),
     ("base64", b"text", "text"),
     ("rot13", b"text", "text"),
