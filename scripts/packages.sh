@@ -40,7 +40,7 @@ testPackages=(
     openssh-client
     parallel
     python3
-    systemd # checks the units of the recipes
+    systemd # checks the units of the watched folder
     zlib1g-dev
 )
 

@@ -48,11 +48,13 @@ def read_list(name):
     for number, line in enumerate(lines, 1):
         if not line.strip() or line.startswith("#"):
             continue
-        output, options, cover, *documents = (line.split("\t") + [""] * 3)[: max(4, line.count("\t") + 1)]
+        columns = line.split("\t")
+        output, options, cover, *documents = columns + [""] * (4 - len(columns))
         while documents and not documents[-1]:
             documents.pop()
         if not output or not documents or not all(documents):
-            raise Stop(f"{name}: line {number} is not written as output, options, cover page, documents")
+            raise Stop(f"{name}: line {number} is not written as output, options, cover page, "
+                       "documents")
         if os.path.normpath(output) in writers:
             raise Stop(f"{name}: more than one job writes {output}")
         writers.add(os.path.normpath(output))

@@ -19,12 +19,16 @@ def _count_text(pages):
     return f"this one and {following} more"
 
 
+def _heading(text, longest):
+    return html.escape(layout.breakable(charsets.one_line(text, longest)))
+
+
 def cover_head(title, headings, pages):
     """The upper part of the cover page of a fax of so many pages, as HTML."""
     lines = [*headings, ("Pages", _count_text(pages))]
     table = "".join(
         f'<tr><td class="head" width="80"><b>{name}</b></td>'
-        f'<td class="head">{html.escape(charsets.one_line(text, _LONGEST_HEADING))}</td></tr>'
+        f'<td class="head">{_heading(text, _LONGEST_HEADING)}</td></tr>'
         for name, text in lines
     )
     return (
@@ -37,7 +41,7 @@ def cover_head(title, headings, pages):
 
 def further_head(subject, page, pages):
     """The upper part of a page on which the text goes on."""
-    text = html.escape(charsets.one_line(subject, 60) or "Text")
+    text = _heading(subject, 60) or "Text"
     return (
         '<table width="100%" cellpadding="0" cellspacing="0" border="0"><tr>'
         f'<td class="head">{text}</td>'

@@ -8,12 +8,14 @@ import re
 
 from morvaltide_companions import charsets
 
+# Of a longer one the rest is not read, since it is nobody's heading.
+_LONGEST = 20000
 _WORD = re.compile(r"=\?([^?\s]{0,80})\?([bBqQ])\?([^?]*)\?=")
 
 
 def _raw(value):
     """A header as it came: the parser keeps bytes above 127 as surrogates."""
-    text = str(value)
+    text = str(value)[:_LONGEST]
     if any("\ud800" <= character <= "\udfff" for character in text):
         return charsets.decode(text.encode("utf-8", "surrogateescape"), None)
     return text

@@ -8,6 +8,7 @@ the margin beside each, and those whose mark ends above the lower margin fit.
 
 import html
 import os
+import re
 import unicodedata
 
 from morvaltide_companions import tiff, tools
@@ -71,8 +72,20 @@ def wrapped(line, columns=COLUMNS):
     return pieces
 
 
+def breakable(text):
+    """Lets long words be broken, by blanks without a width. The converter breaks
+    lines between words only, and cuts off what is wider than the page."""
+    return re.sub(
+        r"\S{30,}",
+        lambda word: "\u200b".join(re.findall(".{1,10}", word[0])),
+        text,
+    )
+
+
 def row(text, style=""):
     """A line of text as HTML. Whatever is in it, it is text."""
+    # Letters that the font lacks come from another one, and may be wider.
+    text = text if text.isascii() else breakable(text)
     escaped = html.escape(text).replace("  ", " \xa0") or "\xa0"
     return f'<span style="{style}">{escaped}</span>' if style else escaped
 
@@ -94,7 +107,7 @@ class Pages:
         """Writes a page into the work folder and returns the path of a TIFF file
         of which it is the first page. `head` is HTML, `rows` are lines of HTML."""
         page = os.path.join(self._work, name + ".html")
-        with open(page, "w", encoding="utf-8") as file:
+        with open(page, "w", encoding="utf-8", errors="replace") as file:
             file.write(_page(head, rows, marked))
         result = os.path.join(self._work, name + ".tif")
         words = os.path.join(self._work, "words")

@@ -9,8 +9,9 @@ Each has a folder of its own below FOLDER/work, whose name tells how far it is:
     ID.failed   cannot be converted; the document goes to FOLDER/failed
 
 In there it is called document, with the suffix that it had; its own name, which
-may be one that no program takes, stands in a file. The second of these renamings decides what becomes of a document, so that a run
-that is killed anywhere is finished by the next one without doing a thing twice.
+may be one that no program takes, stands in a file. The renaming from ID to one of
+the others decides what becomes of a document, so that a run that is killed anywhere
+is finished by the next one without doing a thing twice.
 """
 
 import datetime
@@ -47,7 +48,8 @@ class Watch:
     """Handles the documents of one folder.
 
     `convert(document, name, fax, work)` writes a fax and returns why it could not,
-    or None, and what there is to remark; `name` is for its messages. `complain` takes a line for the operator.
+    or None, and what there is to remark; `name` is for its messages. `complain`
+    takes a line for the operator.
     """
 
     def __init__(self, folder, convert, complain):
@@ -95,8 +97,9 @@ class Watch:
         try:
             step(name)
             return True
-        except OSError as error:
-            self._complain(f"can't handle '{shown(name)}': {error.strerror or error}")
+        except Exception as error:
+            reason = getattr(error, "strerror", None) or error
+            self._complain(f"can't handle '{shown(name)}': {reason}")
             self.troubled = True
             return False
 
@@ -152,6 +155,7 @@ class Watch:
     def _handle(self, name):
         job = self._new_job()
         self._write(self._path("work", job, "name"), os.fsencode(name))
+        durable.sync(self._path("work", job))
         durable.sync(self._path("work"))
         suffix = os.path.splitext(name)[1]
         document = "document" + (suffix if _SUFFIX.fullmatch(suffix) else "")

@@ -39,7 +39,8 @@ class Pages(support.Case):
         return len(found) - rules[0] - 1
 
     def test_every_line_is_on_a_page(self):
-        mail = ("Subject: s\n\n" + ("x" * 84 + "\n") * LINES).encode()
+        # The subject is one word that is wider than the page.
+        mail = ("Subject: " + "W" * 100 + "\n\n" + ("x" * 84 + "\n") * LINES).encode()
         for resolution in CHOSEN:
             with self.subTest(resolution):
                 ended = self.run_program("morvaltide-mail", "-p", PAPER, "-r", resolution,

@@ -137,6 +137,11 @@ class Texts(unittest.TestCase):
             with self.subTest(piece):
                 html_text.text_of(piece * 100000)
 
+    def test_hostile_headers_take_linear_time(self):
+        for piece in ("=?a?b?", "=?utf-8?q?a?= ", "=?utf-8?b?YQ?=\n ", "=", "=?" + "x" * 79):
+            with self.subTest(piece):
+                headers.decoded(piece * 200000)
+
     def test_lines_without_control_characters(self):
         text = "a\r\nb\rc\x0cd\u2028e\tf\x00\x1b[31mg\ufeff\u200bh\ud800"
         self.assertEqual(list(charsets.lines(text)),
