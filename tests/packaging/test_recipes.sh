@@ -256,7 +256,7 @@ recipe_ViewAsPng() {
     sh bin/fax-to-png || fail "fax-to-png failed"
     # Width and height are the 17th to 24th byte of a PNG file.
     equal "the size of the second picture" \
-        "$(od -An -tu1 -j16 -N8 page-2.png | tr -s ' ')" " 0 0 3 79 0 0 4 145"
+        "$(od -An -tu1 -j16 -N8 page-2.png | tr -s ' ')" " 0 0 3 96 0 0 4 169"
 }
 
 "recipe_$3"
