@@ -33,14 +33,20 @@ packagePackages=(
 # The test of batches over SSH is skipped without sshd: its package starts a
 # service, for which checking sources is no reason.
 testPackages=(
+    fontconfig          # which characters have a font
+    imagemagick         # makes and reads pictures of all kinds
     libgtest-dev
-    libspandsp-dev # sends the result through a fax call
+    libjpeg-turbo-progs # turns JPEG pictures without loss
+    libspandsp-dev      # sends the result through a fax call
     libtiff-tools
     man-db
     openssh-client
+    paps                # lays out text
     parallel
     python3
     systemd # checks the units of the watched folder
+
+    qpdf                # repairs PDF documents and turns their pages
     zlib1g-dev
 )
 

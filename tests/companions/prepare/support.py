@@ -1,0 +1,164 @@
+"""What the tests of the companion programs share."""
+
+import os
+import pathlib
+import shutil
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+
+CONVERTER = os.environ["MORVALTIDE_PROGRAM"]
+SOURCES = pathlib.Path(__file__).resolve().parents[3]
+PREPARE = SOURCES / "companions" / "morvaltide-prepare"
+
+# The converter that is tested comes first on the search path.
+os.environ["PATH"] = os.path.dirname(CONVERTER) + os.pathsep + os.environ["PATH"]
+
+MAGICK = ("magick", "convert-im6.q16")
+
+
+def need(*tools):
+    """Ends the test program as skipped if one of the tools, each a name or
+    alternatives, is not installed."""
+    for names in tools:
+        names = names if isinstance(names, tuple) else (names,)
+        if not any(shutil.which(name) for name in names):
+            print(f"skipped: {names[0]} is not installed", file=sys.stderr)
+            sys.exit(77)
+
+
+def run(*command, **options):
+    """Runs a program that has to succeed."""
+    return subprocess.run([str(word) for word in command], check=True, capture_output=True, **options)
+
+
+def magick(*arguments):
+    run(next(filter(None, map(shutil.which, MAGICK))), *arguments)
+
+
+def postscript_to_pdf(path, text, *arguments):
+    """Makes a PDF document of a PostScript program; pages are A4 unless it says otherwise."""
+    run("gs", "-q", "-sDEVICE=pdfwrite", "-sPAPERSIZE=a4", *arguments, "-o", path, "-",
+        input=text.encode())
+
+
+class Page:
+    """A bilevel page: rows of whole bytes, 1 for black."""
+
+    def __init__(self, width, height, rows, dpi):
+        self.width, self.height, self.rows, self.dpi = width, height, rows, dpi
+
+    def row(self, y):
+        """The dots of a row as text of 0 and 1."""
+        return f"{int.from_bytes(self.rows[y], 'big'):0{len(self.rows[y]) * 8}b}"[:self.width]
+
+    def cut(self, left, top, width, height):
+        """A part of the page, as rows of text."""
+        return [self.row(y)[left:left + width] for y in range(top, top + height)]
+
+    def darkness(self, left, top, right, bottom):
+        """The share of black dots in a part of the page, given in shares of its sides."""
+        x0, x1 = round(left * self.width), round(right * self.width)
+        y0, y1 = round(top * self.height), round(bottom * self.height)
+        black = sum(self.row(y)[x0:x1].count("1") for y in range(y0, y1))
+        return black / ((x1 - x0) * (y1 - y0))
+
+    def box(self):
+        """The smallest left, top, right and bottom (exclusive) around all black dots."""
+        rows = [y for y in range(self.height) if any(self.rows[y])]
+        if not rows:
+            return None
+        union = 0
+        for y in rows:
+            union |= int.from_bytes(self.rows[y], "big")
+        columns = f"{union:0{len(self.rows[0]) * 8}b}"
+        return columns.index("1"), rows[0], columns.rindex("1") + 1, rows[-1] + 1
+
+
+def read_pages(path):
+    """The pages of a bilevel TIFF file."""
+    with tempfile.TemporaryDirectory() as folder:
+        plain = os.path.join(folder, "plain.tif")
+        run("tiffcp", "-c", "none", "-r", "100000", path, plain)
+        data = pathlib.Path(plain).read_bytes()
+    pages, offset = [], struct.unpack_from("<I", data, 4)[0]
+    while offset:
+        tags = {}
+        count = struct.unpack_from("<H", data, offset)[0]
+        for index in range(count):
+            tag, kind, _, value = struct.unpack_from("<HHII", data, offset + 2 + 12 * index)
+            tags[tag] = value & 0xFFFF if kind == 3 else value
+        offset = struct.unpack_from("<I", data, offset + 2 + 12 * count)[0]
+        width, height, start = tags[256], tags[257], tags[273]
+        length = (width + 7) // 8
+        flip = bytes(value ^ 0xFF for value in range(256)) if tags[262] == 1 else None
+        rows = [data[start + y * length:start + (y + 1) * length].translate(flip)
+                for y in range(height)]
+        dpi = tuple(struct.unpack_from("<I", data, tags[tag])[0] for tag in (282, 283))
+        pages.append(Page(width, height, rows, dpi))
+    return pages
+
+
+class CompanionTest(unittest.TestCase):
+    """Each test works in a folder of its own."""
+
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, self.folder)
+        before = os.getcwd()
+        os.chdir(self.folder)
+        self.addCleanup(os.chdir, before)
+        os.environ["TMPDIR"] = str(self.folder / "tmp")
+        (self.folder / "tmp").mkdir()
+        self.addCleanup(os.environ.pop, "TMPDIR")
+
+    def prepare(self, *arguments, out="out"):
+        """Runs morvaltide-prepare without expecting anything."""
+        options = [word for word in arguments if str(word).startswith("-")]
+        return subprocess.run([PREPARE, *options, "--", out,
+                               *[word for word in arguments if word not in options]],
+                              capture_output=True, timeout=120)
+
+    def prepared(self, *arguments, out="out"):
+        """Runs it, expects silence, and gives the names of the results."""
+        result = self.prepare(*arguments, out=out)
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, b"", b""))
+        self.assertEqual(list((self.folder / "tmp").glob("morvaltide-*")), [])
+        return sorted(path.name for path in pathlib.Path(out).iterdir())
+
+    def fax(self, *arguments, options=()):
+        """Prepares documents, converts the results and gives the pages of the fax."""
+        shutil.rmtree("out", ignore_errors=True)
+        names = self.prepared(*options, *arguments)
+        return self.converted(*(os.path.join("out", name) for name in names),
+                              options=[word for word in options if word.startswith(("-r", "-p", "-m"))])
+
+    def converted(self, *files, options=()):
+        """Converts files as they are and gives the pages of the fax."""
+        result = run(CONVERTER, *options, "-c", "g4", "-o", "fax.tif", *files)
+        self.assertEqual((result.stdout, result.stderr), (b"", b""))
+        return read_pages("fax.tif")
+
+    def refused(self, name, *options):
+        """Expects that a document is refused and nothing stays; gives the reason."""
+        result = self.prepare(*options, name)
+        line = result.stderr.decode()
+        start = f"morvaltide-prepare: can't prepare '{name}': "
+        self.assertEqual((result.returncode, result.stdout, line.count("\n")), (1, b"", 1), line)
+        self.assertTrue(line.startswith(start), line)
+        self.assertFalse(os.path.exists("out"))
+        self.assertEqual(list((self.folder / "tmp").glob("morvaltide-*")), [])
+        return line[len(start):-1]
+
+    def assertSameDots(self, page, rows, left=0, top=0):
+        """The page has exactly the dots of `rows` at this place, and is white around."""
+        expected = ["0" * page.width] * page.height
+        for y, row in enumerate(rows):
+            expected[top + y] = ("0" * left + row).ljust(page.width, "0")
+        for y, row in enumerate(expected):
+            actual = page.row(y)
+            if actual != row:
+                column = next(x for x in range(page.width) if actual[x] != row[x])
+                self.fail(f"row {y}, column {column} differs")
