@@ -1,6 +1,6 @@
 # The programs around the converter: what they are made of and where it goes.
 
-foreach(companion morvaltide-batch morvaltide-mail morvaltide-watch)
+foreach(companion morvaltide-batch morvaltide-mail morvaltide-prepare morvaltide-watch)
   configure_file(man/${companion}.1.in man/${companion}.1 @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/man/${companion}.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
@@ -8,7 +8,7 @@ foreach(companion morvaltide-batch morvaltide-mail morvaltide-watch)
 endforeach()
 
 # The programs look for their code in ../share/morvaltide.
-install(DIRECTORY companions/morvaltide_companions
+install(DIRECTORY companions/morvaltide_companions companions/morvaltide_prepare
   DESTINATION ${CMAKE_INSTALL_DATADIR}/morvaltide
   FILES_MATCHING PATTERN "*.py" PATTERN "__pycache__" EXCLUDE)
 

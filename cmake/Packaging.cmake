@@ -14,7 +14,9 @@ install(FILES completions/_morvaltide DESTINATION ${MORVALTIDE_ZSH_COMPLETION_DI
 install(FILES completions/morvaltide.fish
   DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 
-install(FILES docs/recipes.md docs/viewing.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES docs/gallery.md docs/recipes.md docs/viewing.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/images DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  FILES_MATCHING PATTERN "gallery-*.png")
 
 # One program under three names, as the fax server calls it.
 install(PROGRAMS companions/hylafax/morvaltide-ps2fax
@@ -57,7 +59,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
   "ghostscript (>= 10~), python3, qt5-image-formats-plugins, shared-mime-info")
 # What the companion programs call.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-dejavu-core, libtiff-tools")
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "openssh-client, parallel")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
+  "fonts-dejavu-core, fontconfig, imagemagick, libjpeg-turbo-progs, libtiff-tools, paps, qpdf")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS
+  "fonts-noto-core, fonts-noto-cjk, libreoffice, openssh-client, parallel")
 
 include(CPack)

@@ -44,9 +44,8 @@ testPackages=(
     paps                # lays out text
     parallel
     python3
-    systemd # checks the units of the watched folder
-
     qpdf                # repairs PDF documents and turns their pages
+    systemd             # checks the units of the watched folder
     zlib1g-dev
 )
 
