@@ -3,10 +3,13 @@
 #include <csignal>
 #include <cstdlib>
 
+#include <fcntl.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
-ChildProcess::ChildProcess(ProcessChannelMode channelMode) : m_parentPid(getpid())
+ChildProcess::ChildProcess(ProcessChannelMode channelMode)
+    : m_parentPid(getpid()),
+      m_hasPipe(channelMode != ForwardedChannels && channelMode != ForwardedOutputChannel)
 {
     setProcessChannelMode(channelMode);
 }
@@ -25,5 +28,8 @@ void ChildProcess::setupChildProcess()
     if (getppid() != m_parentPid) {
         // The parent ended before the request was in force.
         _exit(EXIT_FAILURE);
+    }
+    if (m_hasPipe) {
+        fcntl(STDOUT_FILENO, F_SETPIPE_SZ, pipeBytes);
     }
 }

@@ -6,6 +6,10 @@
 class ChildProcess final : public QProcess
 {
 public:
+    /// How much of its output a child can be ahead of its reader: the largest
+    /// pipe that Linux grants to every user. With less, if the system refuses.
+    static constexpr int pipeBytes = 1048576;
+
     explicit ChildProcess(ProcessChannelMode channelMode);
 
     /// Kills the child if it is still running.
@@ -16,4 +20,5 @@ protected:
 
 private:
     qint64 m_parentPid;
+    bool m_hasPipe; // for its standard output
 };

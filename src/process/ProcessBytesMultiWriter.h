@@ -15,6 +15,9 @@ public:
 
     bool processOutput(const QByteArray& output) override;
 
+    /// True when the last destination has been filled.
+    bool isComplete() const { return m_multiCopy.destinationsLeft() == 0; }
+
 private:
     BytesMultiCopy m_multiCopy;
 };

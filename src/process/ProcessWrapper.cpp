@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr qint64 pieceBytes = 65536;
+
 bool hasSucceeded(const QProcess& process)
 {
     return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
@@ -56,26 +58,57 @@ bool ProcessWrapper::execute(const QString& program, const QStringList& argument
 bool ProcessWrapper::execute(const QString& program, const QStringList& arguments,
                              ProcessOutputHandler* handler) const
 {
+    start(program, arguments);
+    return read(handler);
+}
+
+void ProcessWrapper::start(const QString& program, const QStringList& arguments) const
+{
     startProcess(m_process, program, arguments);
-    if (!m_process.waitForStarted(m_timeoutMs)) {
+}
+
+bool ProcessWrapper::read(ProcessOutputHandler* handler) const
+{
+    if (!hasStarted()) {
         return false;
     }
-    if (handler != nullptr) {
-        bool isReady = true;
-        while (isReady) {
-            isReady = m_process.waitForReadyRead(m_timeoutMs);
-            // The last bytes of a child that ends at this very moment are read
-            // while the wait reports the end, so there may be some either way.
-            const QByteArray chunk = m_process.readAllStandardOutput();
-            if (!chunk.isEmpty() && !handler->processOutput(chunk)) {
-                break;
-            }
+    // What came before the first wait is passed on like everything else.
+    bool isReady = handler != nullptr && passOn(*handler);
+    while (isReady) {
+        isReady = m_process.waitForReadyRead(m_timeoutMs);
+        // The last bytes of a child that ends at this very moment are read
+        // while the wait reports the end, so there may be some either way.
+        if (!passOn(*handler)) {
+            break;
         }
     }
     // A time-out is not looked at on purpose: what has arrived by then is
     // judged by its receiver.
     m_process.waitForFinished(m_timeoutMs);
     return hasSucceeded(m_process);
+}
+
+// A child that has already ended has been started all the same.
+bool ProcessWrapper::hasStarted() const
+{
+    if (m_process.state() == QProcess::Starting) {
+        return m_process.waitForStarted(m_timeoutMs);
+    }
+    return m_process.error() != QProcess::FailedToStart;
+}
+
+// Gives the handler all that has been read, piece by piece: in one piece it
+// would take its size once more. False if the handler takes no more.
+bool ProcessWrapper::passOn(ProcessOutputHandler& handler) const
+{
+    m_process.setReadChannel(QProcess::StandardOutput);
+    for (QByteArray piece = m_process.read(pieceBytes); !piece.isEmpty();
+         piece = m_process.read(pieceBytes)) {
+        if (!handler.processOutput(piece)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 bool ProcessWrapper::executeProcess(const QString& program, const QStringList& arguments)

@@ -38,6 +38,11 @@ public:
     bool execute(const QString& program, const QStringList& arguments,
                  ProcessOutputHandler* handler) const;
 
+    /// The streaming form in two steps, between which the child works on its
+    /// own, until it has filled the pipe. No wait begins before read().
+    void start(const QString& program, const QStringList& arguments) const;
+    bool read(ProcessOutputHandler* handler) const;
+
     /// As the members of the same arguments, with a process of their own that
     /// is killed if it is still running on return. Without a place for it, the
     /// output goes to the program's own standard output.
@@ -48,6 +53,9 @@ public:
                                ProcessOutputHandler* handler);
 
 private:
+    bool hasStarted() const;
+    bool passOn(ProcessOutputHandler& handler) const;
+
     QProcess& m_process;
     int m_timeoutMs;
 };
