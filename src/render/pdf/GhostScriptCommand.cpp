@@ -2,6 +2,7 @@
 
 #include "app/settings/RenderSize.h"
 #include "process/ProcessWrapper.h"
+#include "process/RunningProcess.h"
 #include "render/pdf/GhostScriptFileName.h"
 #include "render/pdf/PdfSignature.h"
 
@@ -79,8 +80,17 @@ bool GhostScriptCommand::renderPages(unsigned long firstPage, unsigned long last
                                      const RenderSize& size, const QString& device,
                                      ProcessOutputHandler* handler) const
 {
+    const auto run = startPages(firstPage, lastPage, size, device);
+    return run && run->read(handler);
+}
+
+std::unique_ptr<RunningProcess> GhostScriptCommand::startPages(unsigned long firstPage,
+                                                               unsigned long lastPage,
+                                                               const RenderSize& size,
+                                                               const QString& device) const
+{
     if (!isSafe()) {
-        return false;
+        return nullptr;
     }
     QStringList arguments = {QStringLiteral("-q"),
                              QStringLiteral("-dBATCH"),
@@ -99,7 +109,7 @@ bool GhostScriptCommand::renderPages(unsigned long firstPage, unsigned long last
         arguments << QStringLiteral("-g%1x%2").arg(size.size.width()).arg(size.size.height());
     }
     arguments << QStringLiteral("-sOutputFile=-") << GhostScriptFileName(m_fileName).argument();
-    return ProcessWrapper::executeProcess(program, arguments, handler);
+    return std::make_unique<RunningProcess>(program, arguments);
 }
 
 bool GhostScriptCommand::isSafe() const

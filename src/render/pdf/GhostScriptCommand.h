@@ -4,9 +4,11 @@
 #include <QSizeF>
 #include <QString>
 
+#include <memory>
 #include <vector>
 
 class ProcessOutputHandler;
+class RunningProcess;
 struct RenderSize;
 
 /// The command lines of Ghostscript, run as "gs" from the search path, and how
@@ -38,6 +40,11 @@ public:
     /// that choice to Ghostscript. True if it ran and exited with code 0.
     bool renderPages(unsigned long firstPage, unsigned long lastPage, const RenderSize& size,
                      const QString& device, ProcessOutputHandler* handler) const;
+
+    /// Starts the same run and leaves its output to be read later. Null if the
+    /// file may not reach Ghostscript.
+    std::unique_ptr<RunningProcess> startPages(unsigned long firstPage, unsigned long lastPage,
+                                               const RenderSize& size, const QString& device) const;
 
 private:
     /// True if Ghostscript opens this very file, and as a PDF.

@@ -12,6 +12,7 @@ void PdfDocument::setFileName(const QString& fileName)
     if (fileName == m_fileName) {
         return;
     }
+    m_pageRenderer->forgetReadAhead();
     m_fileName = fileName;
     m_pageSizes = GhostScriptCommand(fileName).getPageSizes();
 }

@@ -5,7 +5,7 @@
 #include "bilevel/BilevelImage.h"
 #include "process/ProcessBytesMultiWriter.h"
 #include "process/ProcessBytesWriter.h"
-#include "render/pdf/GhostScriptCommand.h"
+#include "process/RunningProcess.h"
 #include "render/pdf/PdfDocument.h"
 
 #include <algorithm>
@@ -13,8 +13,6 @@
 #include <utility>
 
 namespace {
-
-const QString bitDevice = QStringLiteral("bit");
 
 // PostScript points.
 constexpr double pointsPerInch = 72.0;
@@ -67,31 +65,33 @@ BytesCopy pixelsOf(QImage& image)
     return {image.bits(), static_cast<std::size_t>(image.sizeInBytes())};
 }
 
-// Page numbers count from 1, both ends inclusive. A run that ends early gives
-// fewer pages, or a last page that is partly white.
-bool getRenderedPages(const QString& fileName, unsigned long firstPage, unsigned long lastPage,
-                      const RenderSize& renderSize, std::deque<QImage>& pages)
+// What became of a run of several pages.
+enum class RunEnd
 {
-    std::deque<QImage> images;
+    failed,
+    tooEarly, // or nobody knows: fewer pages, a last page that is partly white, no end in sight
+    good
+};
+
+RunEnd readRun(RunningProcess& process, std::size_t pageCount, const QSize& size,
+               std::deque<QImage>& pages)
+{
     // A page that could not be made is missing from the stream for good: the
     // next one would start in the middle of its rows.
     bool isPageMissing = false;
-    ProcessBytesMultiWriter writer(lastPage - firstPage + 1, [&] {
-        QImage image = createPageImage(renderSize.size);
+    ProcessBytesMultiWriter writer(pageCount, [&] {
+        QImage image = createPageImage(size);
         if (image.isNull()) {
             isPageMissing = true;
             return BytesCopy();
         }
-        images.push_back(std::move(image));
-        return pixelsOf(images.back());
+        pages.push_back(std::move(image));
+        return pixelsOf(pages.back());
     });
-    const bool ok = GhostScriptCommand(fileName).renderPages(firstPage, lastPage, renderSize,
-                                                             bitDevice, &writer);
-    if (!ok || isPageMissing) {
-        return false;
+    if (!process.read(&writer) || isPageMissing || pages.empty()) {
+        return RunEnd::failed;
     }
-    pages = std::move(images);
-    return !pages.empty();
+    return writer.isComplete() && process.hasEnded() ? RunEnd::good : RunEnd::tooEarly;
 }
 
 // The size at which the pixels of a page are square, at the higher of its two
@@ -124,6 +124,12 @@ void PdfPageRenderer::setForwardCacheLimit(std::size_t limit)
     m_forwardCacheLimit = limit;
     m_nextPage = 0;
     m_cache.clear();
+    m_readAhead.forget();
+}
+
+void PdfPageRenderer::forgetReadAhead()
+{
+    m_readAhead.forget();
 }
 
 bool PdfPageRenderer::renderPage(unsigned long index, const RenderSize& renderSize, QImage& image)
@@ -164,6 +170,7 @@ bool PdfPageRenderer::getRenderedPage(unsigned long index, const RenderSize& ren
     if (isInSequence && !m_cache.empty() && m_cache.front().size() == renderSize.size) {
         image.swap(m_cache.front());
         m_cache.pop_front();
+        m_readAhead.receive(readAheadRoom());
         return true;
     }
     m_cache.clear();
@@ -191,32 +198,58 @@ unsigned long PdfPageRenderer::endOfRun(unsigned long index, const QSize& size) 
     return end;
 }
 
+// The bytes that the run ahead may take: half of what the pages handed out have
+// left free, because Qt keeps them in blocks that do not fit where pages were.
+std::size_t PdfPageRenderer::readAheadRoom() const
+{
+    const std::size_t taken =
+        m_cache.empty() ? 0 : m_cache.size() * pageBytes(m_cache.front().size());
+    return (m_forwardCacheLimit - std::min(taken, m_forwardCacheLimit)) / 2;
+}
+
 bool PdfPageRenderer::renderRun(unsigned long index, unsigned long end,
                                 const RenderSize& renderSize, QImage& image)
 {
     std::deque<QImage> pages;
-    if (!getRenderedPages(m_document->fileName(), index + 1, end, renderSize, pages)) {
+    auto process = m_readAhead.take({m_document->fileName(), index, end, renderSize});
+    const RunEnd runEnd =
+        process ? readRun(*process, end - index, renderSize.size, pages) : RunEnd::failed;
+    process.reset();
+    if (runEnd == RunEnd::failed) {
         return false;
     }
     image.swap(pages.front());
     pages.pop_front();
     m_cache = std::move(pages);
+    if (runEnd == RunEnd::good) {
+        readAhead(index, end, renderSize);
+    }
     return true;
 }
 
+// Lets Ghostscript draw what follows the run from `index` to `end` while the
+// caller is busy with the pages of that run.
+void PdfPageRenderer::readAhead(unsigned long index, unsigned long end,
+                                const RenderSize& renderSize)
+{
+    const std::vector<QSizeF>& sizes = m_document->pageSizes();
+    if (end < sizes.size() && sizes[end] == sizes[index]) {
+        m_readAhead.start(
+            {m_document->fileName(), end, endOfRun(end, renderSize.size), renderSize});
+    }
+}
+
+// A page that is rendered alone has to be complete.
 bool PdfPageRenderer::renderSinglePage(unsigned long index, const RenderSize& renderSize,
-                                       QImage& image) const
+                                       QImage& image)
 {
     QImage page = createPageImage(renderSize.size);
     if (page.isNull()) {
         return false;
     }
     ProcessBytesWriter writer(pixelsOf(page));
-    if (!GhostScriptCommand(m_document->fileName())
-             .renderPages(index + 1, index + 1, renderSize, bitDevice, &writer)) {
-        return false;
-    }
-    if (writer.target().remaining != 0) {
+    const auto process = m_readAhead.take({m_document->fileName(), index, index + 1, renderSize});
+    if (!process || !process->read(&writer) || writer.target().remaining != 0) {
         return false;
     }
     image.swap(page);

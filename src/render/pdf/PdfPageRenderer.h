@@ -1,5 +1,7 @@
 #pragma once
 
+#include "render/pdf/ReadAhead.h"
+
 #include <QImage>
 
 #include <cstddef>
@@ -9,7 +11,9 @@ class PdfDocument;
 struct RenderSize;
 
 /// Renders the pages of a PDF document, each with the following pages of the
-/// same size in one run of Ghostscript as far as the forward cache has room.
+/// same size in one run of Ghostscript as far as the forward cache has room. The
+/// run after that is started as soon as one has ended well, so that Ghostscript
+/// draws while the caller works on the pages (read-ahead).
 ///
 /// Page images are QImage::Format_Mono with the colour table {opaque white,
 /// opaque black}. Before the squeeze of renderPage() their rows are packed to
@@ -36,11 +40,17 @@ public:
     /// Renders a page into exactly the requested size, by way of the cache.
     bool getRenderedPage(unsigned long index, const RenderSize& renderSize, QImage& image);
 
+    /// Ends a run of Ghostscript that was started ahead. To be called before
+    /// another one is run on behalf of the document.
+    void forgetReadAhead();
+
 private:
     bool renderRun(unsigned long index, unsigned long end, const RenderSize& renderSize,
                    QImage& image);
-    bool renderSinglePage(unsigned long index, const RenderSize& renderSize, QImage& image) const;
+    bool renderSinglePage(unsigned long index, const RenderSize& renderSize, QImage& image);
+    void readAhead(unsigned long index, unsigned long end, const RenderSize& renderSize);
     unsigned long endOfRun(unsigned long index, const QSize& size) const;
+    std::size_t readAheadRoom() const;
 
     const PdfDocument* m_document;
     std::size_t m_forwardCacheLimit = 0;
@@ -49,4 +59,7 @@ private:
     // The pages from m_nextPage on, filled by one run that started right
     // before them; which pages and which size they are is not recorded.
     std::deque<QImage> m_cache;
+
+    // The run that fills the cache next, with the page behind the cache first.
+    ReadAhead m_readAhead;
 };
