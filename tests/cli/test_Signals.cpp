@@ -17,6 +17,12 @@ const char* const silentQuery = "exec sleep 1000";
 const char* const silentRun =
     "case \"$*\" in *' -c '*) echo 0 0 612 792;; *) exec sleep 1000;; esac";
 
+// One that draws the first run of pages and hangs in the second, which is
+// started while the pages of the first are written.
+const QByteArray silentRunAhead =
+    "case \"$*\" in *-dFirstPage=18*) exec sleep 1000;; esac\n" +
+    FakeGhostscript::numberedPages(QByteArray("0 0 612 792\n").repeated(20));
+
 class InterruptedConversion : public CliTest
 {
 protected:
@@ -56,7 +62,7 @@ struct Row
 {
     const char* name;
     int signal;
-    const char* commands;
+    QByteArray commands;
     std::size_t runCount;
 };
 
@@ -75,6 +81,11 @@ const Row rows[] = {
     {"HangupInTheRun", SIGHUP, silentRun, 2},
     {"BrokenPipeInTheRun", SIGPIPE, silentRun, 2},
     {"InvalidAccessInTheRun", SIGSEGV, silentRun, 2},
+    {"InterruptInTheRunAhead", SIGINT, silentRunAhead, 3},
+    {"TerminationInTheRunAhead", SIGTERM, silentRunAhead, 3},
+    {"HangupInTheRunAhead", SIGHUP, silentRunAhead, 3},
+    {"BrokenPipeInTheRunAhead", SIGPIPE, silentRunAhead, 3},
+    {"InvalidAccessInTheRunAhead", SIGSEGV, silentRunAhead, 3},
 };
 
 class EndingSignal : public InterruptedConversion, public testing::WithParamInterface<Row>
@@ -137,15 +148,23 @@ TEST_F(InterruptedConversion, ByAKillLeavesNoGhostscript)
     EXPECT_EQ(result.signal, SIGKILL);
 }
 
+TEST_F(InterruptedConversion, ByAKillLeavesNoRunAhead)
+{
+    const FakeGhostscript ghostscript(silentRunAhead);
+    const ProgramResult result =
+        interrupt(start({"-o", "out.tif", "in.pdf"}), ghostscript, 3, SIGKILL);
+    EXPECT_EQ(result.signal, SIGKILL);
+}
+
 class IgnoredSignal : public InterruptedConversion, public testing::WithParamInterface<Row>
 {
 };
 
 const Row ignoredRows[] = {
-    {"Interrupt", SIGINT, nullptr, 0},
-    {"Termination", SIGTERM, nullptr, 0},
-    {"Hangup", SIGHUP, nullptr, 0},
-    {"BrokenPipe", SIGPIPE, nullptr, 0},
+    {"Interrupt", SIGINT, {}, 0},
+    {"Termination", SIGTERM, {}, 0},
+    {"Hangup", SIGHUP, {}, 0},
+    {"BrokenPipe", SIGPIPE, {}, 0},
 };
 
 TEST_P(IgnoredSignal, AtStartStaysIgnored)

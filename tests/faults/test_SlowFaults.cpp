@@ -69,6 +69,14 @@ TEST_F(HangingGhostscript, InARunIsAFailureAfterAMinute)
     expectFailure("invalid data", std::chrono::seconds(60));
 }
 
+TEST_F(HangingGhostscript, InARunAheadIsAFailureAMinuteAfterItIsAskedFor)
+{
+    m_folder.write("a.pdf", SamplePdf::equalPages(20));
+    const FakeGhostscript ghostscript("case \"$*\" in *-dFirstPage=18\\ *) " + hanging(m_record) +
+                                      ";; esac\n" + FakeGhostscript::realGhostscript());
+    expectFailure("invalid data", std::chrono::seconds(60));
+}
+
 // The number that a page of SamplePdf shows as bars, modulo 256. They are looked
 // at where no line crosses them.
 unsigned pageNumber(const QImage& page)

@@ -53,6 +53,14 @@ TEST_F(ProcessBytesMultiWriterTest, AcceptsAnEmptyChunkBeforeTheFirstRecord)
     EXPECT_EQ(m_calls, 0U);
 }
 
+TEST_F(ProcessBytesMultiWriterTest, IsCompleteWithTheLastByteOfTheLastRecord)
+{
+    m_writer.processOutput("abcde");
+    EXPECT_FALSE(m_writer.isComplete());
+    m_writer.processOutput("f");
+    EXPECT_TRUE(m_writer.isComplete());
+}
+
 TEST(ProcessBytesMultiWriter, RefusesTheFirstChunkWhenThereIsNoRecord)
 {
     ProcessBytesMultiWriter writer(2, [] { return BytesCopy(); });

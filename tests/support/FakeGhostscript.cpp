@@ -9,6 +9,8 @@ namespace {
 
 // An argument may hold anything but a null byte.
 const QString recordFile = QStringLiteral("arguments");
+const QString processFile = QStringLiteral("process");
+const QString overlapFile = QStringLiteral("overlaps");
 constexpr char endOfArgument = '\0';
 constexpr char endOfRun = '\1';
 
@@ -25,9 +27,18 @@ FakeGhostscript::FakeGhostscript(const QByteArray& commands)
     const QByteArray record = quoted(m_folder.qPath(recordFile));
     m_folder.write("gs",
                    "#!/bin/sh\n{ [ $# -eq 0 ] || printf '%s\\000' \"$@\"; printf '\\001'; } >>" +
-                       record + '\n' + commands + '\n');
+                       record + '\n' + noteOverlap() + commands + '\n');
     EXPECT_TRUE(QFile::setPermissions(m_folder.qPath(QStringLiteral("gs")),
                                       QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+}
+
+// A run that has ended, or was killed and waited for, has no process any more.
+QByteArray FakeGhostscript::noteOverlap() const
+{
+    const QByteArray process = quoted(m_folder.qPath(processFile));
+    const QByteArray overlaps = quoted(m_folder.qPath(overlapFile));
+    return "read before 2>&- <" + process + " && kill -0 \"$before\" 2>&- && echo >>" + overlaps +
+           "\necho $$ >" + process + '\n';
 }
 
 QByteArray FakeGhostscript::realGhostscript()
@@ -97,4 +108,10 @@ QStringList FakeGhostscript::renderedRanges() const
         }
     }
     return ranges;
+}
+
+int FakeGhostscript::overlaps() const
+{
+    QFile file(m_folder.qPath(overlapFile));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().count('\n') : 0;
 }

@@ -30,7 +30,12 @@ public:
     /// that name the pages and the size: "-dFirstPage=1 -dLastPage=2 -g8x8".
     QStringList renderedRanges() const;
 
+    /// How many runs were started while the one before was still running.
+    int overlaps() const;
+
 private:
+    QByteArray noteOverlap() const;
+
     TemporaryFolder m_folder;
     SearchPath m_searchPath;
 };

@@ -263,6 +263,11 @@ public:
         m_document.renderer().setForwardCacheLimit(cacheLimit);
     }
 
+    ~PretendedDocument() { EXPECT_EQ(m_ghostscript.overlaps(), 0); }
+
+    PretendedDocument(const PretendedDocument&) = delete;
+    PretendedDocument& operator=(const PretendedDocument&) = delete;
+
     PdfPageRenderer& renderer() { return m_document.renderer(); }
     PdfDocument& document() { return m_document.document(); }
 
@@ -366,7 +371,9 @@ struct CacheRow
     QString runs;
 };
 
-// At 64 x 10 pixels a page takes 80 bytes.
+// At 64 x 10 pixels a page takes 80 bytes. Where the order is not kept, nothing
+// is left that could be read ahead: whether such a run still records itself
+// before it is killed is a matter of luck.
 const CacheRow cacheRows[] = {
     {"PagesComeFromOneRun", equalBoxes(5), eightMebibytes, pixels(64, 10), upTo(5),
      QStringLiteral("1-5")},
@@ -385,35 +392,35 @@ const CacheRow cacheRows[] = {
     {"AnOnlyPageIsRenderedAlone", equalBoxes(1), eightMebibytes, pixels(64, 10), upTo(1),
      QStringLiteral("1-1")},
     {"ARequestOutOfOrderIsRenderedAlone",
-     equalBoxes(20),
+     equalBoxes(6),
      400,
      pixels(64, 10),
      {0, 1, 5},
      QStringLiteral("1-6 6-6")},
     {"ARequestOutOfOrderEmptiesTheCache",
-     equalBoxes(20),
+     equalBoxes(6),
      400,
      pixels(64, 10),
      {0, 5, 1},
      QStringLiteral("1-6 6-6 2-2")},
     {"TheRequestAfterOneOutOfOrderStartsARun",
-     equalBoxes(20),
+     equalBoxes(6) + QByteArray("0 0 1 2\n").repeated(8),
      400,
      pixels(64, 10),
      {0, 7, 8, 9},
      QStringLiteral("1-6 8-8 9-14")},
     {"AFirstRequestThatIsNotTheFirstPageIsRenderedAlone",
-     equalBoxes(20),
+     equalBoxes(10),
      400,
      pixels(64, 10),
      {3, 4, 5},
      QStringLiteral("4-4 5-10")},
     {"ARepeatedRequestIsRenderedAgain",
-     equalBoxes(20),
+     equalBoxes(6),
      400,
      pixels(64, 10),
      {0, 0, 1},
-     QStringLiteral("1-6 1-1 2-7")},
+     QStringLiteral("1-6 1-1 2-6")},
     {"RequestsFromBackToFrontAreRenderedAlone",
      equalBoxes(4),
      400,
@@ -525,7 +532,7 @@ TEST(ForwardCache, ForgetsItsPagesAndItsPlaceWithANewLimit)
 
 TEST(ForwardCache, ExpectsTheFirstPageAfterANewLimit)
 {
-    PretendedDocument document(equalBoxes(5));
+    PretendedDocument document(equalBoxes(2) + "0 0 1 2\n0 0 1 2\n");
     document.request(3, pixels(64, 10));
     document.renderer().setForwardCacheLimit(80);
     EXPECT_EQ(document.requestAll({0, 1}, pixels(64, 10)), numbersUpTo(2));
