@@ -66,6 +66,8 @@ benchPackages=(
     gnuplot-nox
     graphicsmagick
     imagemagick
+    jbigkit-bin      # decodes
+    jbigkit-testdata # the test charts of the CCITT
     libbenchmark-dev
     libtiff-tools
     parallel

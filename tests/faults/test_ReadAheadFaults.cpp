@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -123,17 +124,5 @@ INSTANTIATE_TEST_SUITE_P(Ghostscript, WriteError,
                          [](const auto& test) {
                              return std::string{test.index == 0 ? "ThatHangs" : "ThatIsFull"};
                          });
-
-TEST_F(LongConversion, EndsTheRunAheadWhereAnotherInputFails)
-{
-    const FakeGhostscript ghostscript(FakeGhostscript::realGhostscript());
-    const std::string missing = m_folder.path("missing.pdf");
-    std::vector<std::string> twoInputs = arguments();
-    twoInputs.push_back(missing);
-    const ProgramResult result = runProgram(Conversion::with(twoInputs));
-    EXPECT_TRUE(Conversion::hasFailedCleanly(result, m_output));
-    EXPECT_EQ(result.error, "can't write page file '" + missing + "', file not found\n");
-    EXPECT_EQ(ghostscript.renderedRanges(), threeRuns);
-}
 
 } // namespace
