@@ -68,9 +68,9 @@ BytesCopy pixelsOf(QImage& image)
 // What became of a run of several pages.
 enum class RunEnd
 {
-    failed,
-    tooEarly, // or nobody knows: fewer pages, a last page that is partly white, no end in sight
-    good
+    Failed,
+    TooEarly, // or nobody knows: fewer pages, a last page that is partly white, no end in sight
+    Good
 };
 
 RunEnd readRun(RunningProcess& process, std::size_t pageCount, const QSize& size,
@@ -89,9 +89,9 @@ RunEnd readRun(RunningProcess& process, std::size_t pageCount, const QSize& size
         return pixelsOf(pages.back());
     });
     if (!process.read(&writer) || isPageMissing || pages.empty()) {
-        return RunEnd::failed;
+        return RunEnd::Failed;
     }
-    return writer.isComplete() && process.hasEnded() ? RunEnd::good : RunEnd::tooEarly;
+    return writer.isComplete() && process.hasEnded() ? RunEnd::Good : RunEnd::TooEarly;
 }
 
 // The size at which the pixels of a page are square, at the higher of its two
@@ -213,15 +213,15 @@ bool PdfPageRenderer::renderRun(unsigned long index, unsigned long end,
     std::deque<QImage> pages;
     auto process = m_readAhead.take({m_document->fileName(), index, end, renderSize});
     const RunEnd runEnd =
-        process ? readRun(*process, end - index, renderSize.size, pages) : RunEnd::failed;
+        process ? readRun(*process, end - index, renderSize.size, pages) : RunEnd::Failed;
     process.reset();
-    if (runEnd == RunEnd::failed) {
+    if (runEnd == RunEnd::Failed) {
         return false;
     }
     image.swap(pages.front());
     pages.pop_front();
     m_cache = std::move(pages);
-    if (runEnd == RunEnd::good) {
+    if (runEnd == RunEnd::Good) {
         readAhead(index, end, renderSize);
     }
     return true;
