@@ -1,5 +1,7 @@
 #include "app/StandardStreams.h"
 
+#include <iostream>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -14,4 +16,9 @@ void StandardStreams::ensureOpen()
     if (descriptor > STDERR_FILENO) {
         close(descriptor);
     }
+}
+
+bool StandardStreams::flushOutput()
+{
+    return std::cout.flush().good();
 }

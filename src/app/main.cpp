@@ -73,6 +73,10 @@ int main(int argc, char** argv)
         writer.setFiles(options.files());
         return writer.write(options.outputFile()) ? EXIT_SUCCESS : EXIT_FAILURE;
     } catch (const OptionsApplicationExit&) {
+        if (!StandardStreams::flushOutput()) {
+            std::cerr << "can't write standard output" << std::endl;
+            return EXIT_FAILURE;
+        }
         return EXIT_SUCCESS;
     } catch (const std::exception& error) {
         std::cerr << error.what() << std::endl;

@@ -61,6 +61,13 @@ TEST_P(HelpAndVersion, PrintTheirTextAndNothingElse)
     EXPECT_EQ(folder().entries(), QStringList());
 }
 
+TEST_P(HelpAndVersion, FailWhereTheirTextFindsNoRoom)
+{
+    ProgramStart full = start(GetParam().arguments);
+    full.outputFile = "/dev/full";
+    EXPECT_TRUE(isFailure(runProgram(full), "can't write standard output\n"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Cli, HelpAndVersion, testing::ValuesIn(rows),
                          [](const auto& test) { return std::string{test.param.name}; });
 

@@ -48,3 +48,6 @@ explained "option 'X' is ambiguous and matches ..." --co g4
 explained "the required argument for option 'X' is missing" -o
 explained "option 'X' does not take any arguments" --help=yes
 explained "option 'X' cannot be specified more than once" -o a -o b good.png
+
+message=$("$program" --help 2>&1 >/dev/full)
+[[ -n $message && $text == *"$message"* ]] || fail "the man page does not explain: $message"

@@ -137,18 +137,15 @@ Pipe makePipe()
     return {ends[0], ends[1]};
 }
 
-// The descriptor for the program's standard error.
-int openStandardError(const ProgramStart& start, Pipe& pipe)
+// The descriptor for one of the program's streams: that of the file, if there is
+// one, in place of the pipe's.
+int openStream(const std::string& fileName, const Pipe& pipe)
 {
-    if (start.hasBrokenErrorPipe) {
-        close(pipe.readingEnd);
-        pipe.readingEnd = -1;
-    }
-    if (start.errorFile.empty()) {
+    if (fileName.empty()) {
         return pipe.writingEnd;
     }
     close(pipe.writingEnd);
-    return open(start.errorFile.c_str(), O_WRONLY | O_CLOEXEC);
+    return open(fileName.c_str(), O_WRONLY | O_CLOEXEC);
 }
 
 // Appends what is there; false at the end of the stream.
@@ -194,8 +191,13 @@ ProgramRun::ProgramRun(const ProgramStart& start)
     const int input = open("/dev/null", O_RDONLY | O_CLOEXEC);
     const Pipe output = makePipe();
     Pipe error = makePipe();
-    const int errorDescriptor = openStandardError(start, error);
-    const ChildPlan plan(start, {input, output.writingEnd, errorDescriptor});
+    if (start.hasBrokenErrorPipe) {
+        close(error.readingEnd);
+        error.readingEnd = -1;
+    }
+    const int outputDescriptor = openStream(start.outputFile, output);
+    const int errorDescriptor = openStream(start.errorFile, error);
+    const ChildPlan plan(start, {input, outputDescriptor, errorDescriptor});
     m_pid = fork();
     if (m_pid == 0) {
         runChild(plan);
@@ -204,7 +206,7 @@ ProgramRun::ProgramRun(const ProgramStart& start)
         throw std::system_error(errno, std::generic_category(), "fork");
     }
     close(input);
-    close(output.writingEnd);
+    close(outputDescriptor);
     close(errorDescriptor);
     m_streams = {output.readingEnd, error.readingEnd};
 }

@@ -18,6 +18,7 @@ struct ProgramStart
     std::string folder; ///< The working directory; empty for that of the test.
 
     std::set<int> closedDescriptors; ///< Those of 0, 1 and 2 that are closed at start.
+    std::string outputFile;          ///< Where standard output goes instead of ProgramResult.
     std::string errorFile;           ///< Where standard error goes instead of ProgramResult.
     bool hasBrokenErrorPipe = false; ///< Nobody reads standard error.
 
