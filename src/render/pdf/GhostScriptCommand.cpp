@@ -11,7 +11,10 @@
 
 namespace {
 
-const QString program = QStringLiteral("gs");
+QString program()
+{
+    return QStringLiteral("gs");
+}
 
 QSizeF pageSizeFromLine(const QString& line)
 {
@@ -72,7 +75,7 @@ QByteArray GhostScriptCommand::query(const QString& postScript) const
                                    QStringLiteral("-c"),
                                    postScript.arg(GhostScriptFileName(m_fileName).argument())};
     QByteArray answer;
-    ProcessWrapper::executeProcess(program, arguments, &answer);
+    ProcessWrapper::executeProcess(program(), arguments, &answer);
     return answer;
 }
 
@@ -109,7 +112,7 @@ std::unique_ptr<RunningProcess> GhostScriptCommand::startPages(unsigned long fir
         arguments << QStringLiteral("-g%1x%2").arg(size.size.width()).arg(size.size.height());
     }
     arguments << QStringLiteral("-sOutputFile=-") << GhostScriptFileName(m_fileName).argument();
-    return std::make_unique<RunningProcess>(program, arguments);
+    return std::make_unique<RunningProcess>(program(), arguments);
 }
 
 bool GhostScriptCommand::isSafe() const
