@@ -33,7 +33,9 @@ QByteArray pageObject(const SamplePdf::Page& page, int contentsNumber)
     if (page.rotation != 0) {
         object += "/Rotate " + QByteArray::number(page.rotation);
     }
-    return object + "/Contents " + QByteArray::number(contentsNumber) + " 0 R>>";
+    const bool isNull = page.contents == "null";
+    return object + "/Contents " +
+           (isNull ? page.contents : QByteArray::number(contentsNumber) + " 0 R") + ">>";
 }
 
 std::vector<QByteArray> objects(const std::vector<SamplePdf::Page>& pages,
@@ -46,12 +48,11 @@ std::vector<QByteArray> objects(const std::vector<SamplePdf::Page>& pages,
     unsigned long pageNumber = 0;
     for (const SamplePdf::Page& page : pages) {
         const int number = firstPageObject + objectsPerPage * static_cast<int>(pageNumber++);
-        const QByteArray stream =
+        const QByteArray drawing =
             contentStream(pageNumber, page.mediaBox.isEmpty() ? inheritedMediaBox : page.mediaBox);
         kids += QByteArray::number(number) + " 0 R ";
         all.push_back(pageObject(page, number + 1));
-        all.push_back("<</Length " + QByteArray::number(stream.size()) + ">>\nstream\n" + stream +
-                      "endstream");
+        all.push_back(page.contents.isEmpty() ? SamplePdf::stream(drawing) : page.contents);
     }
     all[0] = "<</Type/Catalog/Pages 2 0 R>>";
     all[1] = "<</Type/Pages/Count " + QByteArray::number(static_cast<qulonglong>(pages.size())) +
@@ -60,6 +61,12 @@ std::vector<QByteArray> objects(const std::vector<SamplePdf::Page>& pages,
 }
 
 } // namespace
+
+QByteArray SamplePdf::stream(const QByteArray& bytes, const QByteArray& entries)
+{
+    return "<</Length " + QByteArray::number(bytes.size()) + entries + ">>\nstream\n" + bytes +
+           "endstream";
+}
 
 QByteArray SamplePdf::file(const std::vector<Page>& pages, const QByteArray& inheritedMediaBox)
 {

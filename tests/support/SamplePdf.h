@@ -14,7 +14,12 @@ struct Page
 {
     QByteArray mediaBox; ///< Four numbers, which may be in any order; empty to inherit it.
     int rotation = 0;    ///< Degrees clockwise.
+    QByteArray contents =
+        {}; ///< The content stream, see stream(), or "null"; empty for the drawing.
 };
+
+/// A stream object of these bytes. `entries` go into its dictionary.
+QByteArray stream(const QByteArray& bytes, const QByteArray& entries = {});
 
 /// A whole PDF file.
 ///

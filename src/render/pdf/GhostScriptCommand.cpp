@@ -1,6 +1,7 @@
 #include "render/pdf/GhostScriptCommand.h"
 
 #include "app/settings/RenderSize.h"
+#include "process/EnvironmentChange.h"
 #include "process/ProcessWrapper.h"
 #include "process/RunningProcess.h"
 #include "render/pdf/GhostScriptFileName.h"
@@ -14,6 +15,20 @@ namespace {
 QString program()
 {
     return QStringLiteral("gs");
+}
+
+// Besides its command line, Ghostscript reads options from this variable.
+constexpr char optionsVariable[] = "GS_OPTIONS";
+
+// The options of the user, and behind them the one by which Ghostscript says what
+// it has to say, about damaged pages for example, on standard error. It would say
+// it on standard output, in the middle of the pixels. The blank ends a backslash
+// in front of it, the line feed a comment.
+QByteArray renderingOptions()
+{
+    const QByteArray ofUser = qgetenv(optionsVariable);
+    const QByteArray own = "-sstdout=%stderr";
+    return ofUser.isEmpty() ? own : ofUser + " \n" + own;
 }
 
 QSizeF pageSizeFromLine(const QString& line)
@@ -112,7 +127,8 @@ std::unique_ptr<RunningProcess> GhostScriptCommand::startPages(unsigned long fir
         arguments << QStringLiteral("-g%1x%2").arg(size.size.width()).arg(size.size.height());
     }
     arguments << QStringLiteral("-sOutputFile=-") << GhostScriptFileName(m_fileName).argument();
-    return std::make_unique<RunningProcess>(program(), arguments);
+    const EnvironmentChange options(optionsVariable, renderingOptions());
+    return options.isInForce() ? std::make_unique<RunningProcess>(program(), arguments) : nullptr;
 }
 
 bool GhostScriptCommand::isSafe() const

@@ -15,8 +15,9 @@ struct RenderSize;
 /// its answers are read.
 ///
 /// Nothing is printed here; what Ghostscript writes on standard error goes to
-/// the program's own. A file whose name Ghostscript could take for something
-/// else (see GhostScriptFileName), or that is not a PDF, never reaches it.
+/// the program's own, and while it renders, so do its remarks on standard
+/// output. A file whose name Ghostscript could take for something else (see
+/// GhostScriptFileName), or that is not a PDF, never reaches it.
 class GhostScriptCommand
 {
 public:

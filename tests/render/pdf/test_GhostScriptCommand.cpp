@@ -339,6 +339,52 @@ TEST_F(GhostScriptCommandTest, PassesErrorOutputOn)
     EXPECT_EQ(handler.chunks(), 0);
 }
 
+// Ghostscript says on standard error which options it was given by the environment.
+class EnvironmentOfARun : public GhostScriptCommandTest
+{
+protected:
+    ~EnvironmentOfARun() override { qunsetenv("GS_OPTIONS"); }
+
+    std::string optionsOfTheQuery() const
+    {
+        testing::internal::CaptureStderr();
+        m_command.getPageSizes();
+        return testing::internal::GetCapturedStderr();
+    }
+
+    std::string optionsOfTheRun() const
+    {
+        CollectingHandler handler;
+        testing::internal::CaptureStderr();
+        m_command.renderPages(1, 1, small, bitDevice, &handler);
+        return testing::internal::GetCapturedStderr();
+    }
+
+private:
+    GhostScriptCommand m_command{write("%PDF-1.4\n")};
+    FakeGhostscript m_ghostscript{"printenv GS_OPTIONS >&2 || printf none >&2"};
+};
+
+TEST_F(EnvironmentOfARun, SendsTheRemarksOfTheRunToStandardError)
+{
+    EXPECT_EQ(optionsOfTheRun(), "-sstdout=%stderr\n");
+    EXPECT_FALSE(qEnvironmentVariableIsSet("GS_OPTIONS"));
+}
+
+TEST_F(EnvironmentOfARun, KeepsTheOptionsOfTheUserInFront)
+{
+    qputenv("GS_OPTIONS", "-dOne -dTwo=\xff");
+    EXPECT_EQ(optionsOfTheRun(), "-dOne -dTwo=\xff \n-sstdout=%stderr\n");
+    EXPECT_EQ(qgetenv("GS_OPTIONS"), QByteArray("-dOne -dTwo=\xff"));
+}
+
+TEST_F(EnvironmentOfARun, IsThatOfTheUserForTheQuery)
+{
+    EXPECT_EQ(optionsOfTheQuery(), "none");
+    qputenv("GS_OPTIONS", "-dOne");
+    EXPECT_EQ(optionsOfTheQuery(), "-dOne\n");
+}
+
 struct StrangerRow
 {
     const char* name;
