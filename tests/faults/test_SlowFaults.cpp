@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -75,6 +76,35 @@ TEST_F(HangingGhostscript, InARunAheadIsAFailureAMinuteAfterItIsAskedFor)
     const FakeGhostscript ghostscript("case \"$*\" in *-dFirstPage=18\\ *) " + hanging(m_record) +
                                       ";; esac\n" + FakeGhostscript::realGhostscript());
     expectFailure("invalid data", std::chrono::seconds(60));
+}
+
+TEST_F(HangingGhostscript, InTheMiddleOfARunLeavesTheRestOfThePageWhiteWithoutAWord)
+{
+    m_folder.write("a.pdf", SamplePdf::equalPages(3));
+    const std::vector<std::string> arguments = {
+        "-p", "letter", "-r", "standard", "-o", m_output, m_folder.path("a.pdf")};
+    ASSERT_EQ(runProgram(Conversion::with(arguments)).exitStatus, 0);
+    const std::vector<TiffPage> whole = readTiff(m_output);
+
+    constexpr int bytesPerPage = 216 * 2244;
+    const FakeGhostscript ghostscript("case \"$*\" in *-dFirstPage=1*) head -c " +
+                                      QByteArray::number(bytesPerPage / 2) +
+                                      " /dev/zero | tr '\\000' '\\377'\n" + hanging(m_record) +
+                                      ";; esac\n" + FakeGhostscript::realGhostscript());
+    const ProgramResult result = runProgram(Conversion::with(arguments));
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.error, "");
+
+    const std::vector<TiffPage> pages = readTiff(m_output);
+    ASSERT_EQ(pages.size(), 3U);
+    QImage halfPage(1728, 1078, QImage::Format_Mono);
+    halfPage.setColorTable({0xFFFFFFFF, 0xFF000000});
+    halfPage.fill(1);
+    constexpr int firstWhiteRow = 539;
+    std::fill(halfPage.scanLine(firstWhiteRow), halfPage.bits() + halfPage.sizeInBytes(), uchar{0});
+    EXPECT_TRUE(isSamePicture(pages[0].pixels, halfPage));
+    EXPECT_TRUE(isSamePicture(pages[1].pixels, whole[1].pixels));
+    EXPECT_TRUE(isSamePicture(pages[2].pixels, whole[2].pixels));
 }
 
 // The number that a page of SamplePdf shows as bars, modulo 256. They are looked
