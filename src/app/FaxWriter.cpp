@@ -58,8 +58,9 @@ bool FaxWriter::write(const std::string& outputFile) const
     if (!writePages(tiffWriter)) {
         return false;
     }
+    const bool isInPlace = guard.isInPlace();
     tiffWriter.close();
-    if (!tiffWriter.isComplete()) {
+    if (!isInPlace || !tiffWriter.isComplete()) {
         fmt::print(stderr, "can't write file '{}'\n", outputFile);
         return false;
     }

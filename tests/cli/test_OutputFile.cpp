@@ -1,6 +1,8 @@
 #include "CliTest.h"
 
+#include "support/FakeGhostscript.h"
 #include "support/SampleImages.h"
+#include "support/SamplePdf.h"
 
 #include <csignal>
 
@@ -162,6 +164,63 @@ TEST_F(OutputFile, WithAnotherHardLinkLosesOnlyItsOwnName)
     EXPECT_TRUE(isFailure(run({"-o", "out.tif", "missing.png"}), missingInput));
     EXPECT_FALSE(exists("out.tif"));
     EXPECT_TRUE(exists("other.tif"));
+}
+
+// Another process at work in the folder while the program waits for Ghostscript:
+// shell commands in place of the query.
+class DisturbedOutputFile : public OutputFile
+{
+protected:
+    ProgramResult runDisturbed(const QByteArray& commands) const
+    {
+        folder().write("in.pdf", SamplePdf::equalPages(1));
+        const FakeGhostscript ghostscript("case \"$*\" in *' -c '*) " + commands + ";; esac\n" +
+                                          FakeGhostscript::realGhostscript());
+        return run({"-o", "out.tif", "in.pdf", "in.png"});
+    }
+
+    const char* const m_message = "can't write file 'out.tif'\n";
+};
+
+TEST_F(DisturbedOutputFile, ThatIsRemovedIsAFailure)
+{
+    EXPECT_TRUE(isFailure(runDisturbed("rm out.tif"), m_message));
+    EXPECT_FALSE(exists("out.tif"));
+}
+
+TEST_F(DisturbedOutputFile, ThatAnotherConversionRemovesIsAFailure)
+{
+    EXPECT_TRUE(isFailureAfterRemarks(
+        runDisturbed("" MORVALTIDE_PROGRAM " -o out.tif missing.png >&2"), m_message));
+    EXPECT_FALSE(exists("out.tif"));
+}
+
+TEST_F(DisturbedOutputFile, ThatIsReplacedIsAFailureAndTheNewFileStays)
+{
+    folder().write("new.tif", "new");
+    EXPECT_TRUE(isFailure(runDisturbed("mv new.tif out.tif"), m_message));
+    EXPECT_EQ(content("out.tif"), QByteArray("new"));
+}
+
+TEST_F(DisturbedOutputFile, ThatIsMovedElsewhereIsAFailure)
+{
+    EXPECT_TRUE(isFailure(runDisturbed("mv out.tif elsewhere.tif"), m_message));
+    EXPECT_TRUE(exists("elsewhere.tif"));
+}
+
+TEST_F(DisturbedOutputFile, BehindALinkThatLeadsElsewhereByNowIsAFailure)
+{
+    link("target.tif", "out.tif");
+    folder().write("other.tif", "other");
+    EXPECT_TRUE(isFailure(runDisturbed("ln -sf other.tif out.tif"), m_message));
+    EXPECT_FALSE(exists("target.tif"));
+    EXPECT_EQ(content("other.tif"), QByteArray("other"));
+}
+
+TEST_F(DisturbedOutputFile, WithAnotherNameBesidesIsKept)
+{
+    EXPECT_TRUE(isSilentSuccess(runDisturbed("ln out.tif other.tif")));
+    EXPECT_EQ(pages("other.tif").size(), 2U);
 }
 
 class OutputDevice : public OutputFile

@@ -23,6 +23,9 @@ const QByteArray silentRunAhead =
     "case \"$*\" in *-dFirstPage=18*) exec sleep 1000;; esac\n" +
     FakeGhostscript::numberedPages(QByteArray("0 0 612 792\n").repeated(20));
 
+const char* const sanitizerHandlesNothing =
+    "handle_abort=0:handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:handle_sigtrap=0";
+
 class InterruptedConversion : public CliTest
 {
 protected:
@@ -49,7 +52,7 @@ protected:
                             std::size_t runCount, int signal) const
     {
         // A sanitized program would report a crash and exit instead.
-        conversion.environment["ASAN_OPTIONS"] = "handle_abort=0:handle_segv=0:handle_sigbus=0";
+        conversion.environment["ASAN_OPTIONS"] = sanitizerHandlesNothing;
         ProgramRun run(conversion);
         waitForRuns(ghostscript, runCount);
         EXPECT_TRUE(exists("out.tif"));
@@ -76,6 +79,21 @@ const Row rows[] = {
     {"AbortInTheQuery", SIGABRT, silentQuery, 1},
     {"BusErrorInTheQuery", SIGBUS, silentQuery, 1},
     {"InvalidAccessInTheQuery", SIGSEGV, silentQuery, 1},
+    {"QuitInTheQuery", SIGQUIT, silentQuery, 1},
+    {"IllegalInstructionInTheQuery", SIGILL, silentQuery, 1},
+    {"TrapInTheQuery", SIGTRAP, silentQuery, 1},
+    {"ArithmeticErrorInTheQuery", SIGFPE, silentQuery, 1},
+    {"FirstUserSignalInTheQuery", SIGUSR1, silentQuery, 1},
+    {"SecondUserSignalInTheQuery", SIGUSR2, silentQuery, 1},
+    {"AlarmInTheQuery", SIGALRM, silentQuery, 1},
+    {"StackFaultInTheQuery", SIGSTKFLT, silentQuery, 1},
+    {"VirtualAlarmInTheQuery", SIGVTALRM, silentQuery, 1},
+    {"ProfilingInTheQuery", SIGPROF, silentQuery, 1},
+    {"InputOutputInTheQuery", SIGIO, silentQuery, 1},
+    {"PowerFailureInTheQuery", SIGPWR, silentQuery, 1},
+    {"BadSystemCallInTheQuery", SIGSYS, silentQuery, 1},
+    {"FirstRealTimeInTheQuery", SIGRTMIN, silentQuery, 1},
+    {"LastRealTimeInTheQuery", SIGRTMAX, silentQuery, 1},
     {"InterruptInTheRun", SIGINT, silentRun, 2},
     {"TerminationInTheRun", SIGTERM, silentRun, 2},
     {"HangupInTheRun", SIGHUP, silentRun, 2},
@@ -156,15 +174,26 @@ TEST_F(InterruptedConversion, ByAKillLeavesNoRunAhead)
     EXPECT_EQ(result.signal, SIGKILL);
 }
 
+TEST_F(InterruptedConversion, ByAStackOverflowLeavesNoOutput)
+{
+    folder().write("cover.html", "<html><body>" + QByteArray("<table><tr><td>").repeated(2000) +
+                                     "text</body></html>");
+    ProgramStart conversion = start({"-C", "cover.html", "-o", "out.tif", "in.png"});
+    conversion.environment["ASAN_OPTIONS"] = sanitizerHandlesNothing;
+    conversion.stackLimitBytes = 524288; // as a rule it would take 10000 tables, and long
+    EXPECT_EQ(runProgram(conversion).signal, SIGSEGV);
+    EXPECT_FALSE(exists("out.tif"));
+}
+
 class IgnoredSignal : public InterruptedConversion, public testing::WithParamInterface<Row>
 {
 };
 
 const Row ignoredRows[] = {
-    {"Interrupt", SIGINT, {}, 0},
-    {"Termination", SIGTERM, {}, 0},
-    {"Hangup", SIGHUP, {}, 0},
-    {"BrokenPipe", SIGPIPE, {}, 0},
+    {"Interrupt", SIGINT, {}, 0},       {"Termination", SIGTERM, {}, 0},
+    {"Hangup", SIGHUP, {}, 0},          {"BrokenPipe", SIGPIPE, {}, 0},
+    {"Quit", SIGQUIT, {}, 0},           {"FirstUserSignal", SIGUSR1, {}, 0},
+    {"FirstRealTime", SIGRTMIN, {}, 0},
 };
 
 TEST_P(IgnoredSignal, AtStartStaysIgnored)

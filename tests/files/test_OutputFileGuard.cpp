@@ -10,11 +10,20 @@
 #include <stdexcept>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
+
+// Calls itself until the stack is used up.
+int fillStack(int depth) // NOLINT(misc-no-recursion)
+{
+    volatile char frame[1024];
+    frame[0] = static_cast<char>(depth);
+    return depth == 0 ? 0 : fillStack(depth + 1) + frame[0];
+}
 
 class OutputFileGuardTest : public testing::Test
 {
@@ -266,6 +275,61 @@ TEST_F(OutputThatCannotBeOpened, IsRemovedWithTheLinkIfTheAttemptCreatedTheTarge
     EXPECT_FALSE(exists("target"));
 }
 
+class OutputInPlace : public OutputFileGuardTest
+{
+};
+
+TEST_F(OutputInPlace, IsTheVeryFileThatWasOpened)
+{
+    OutputFileGuard guard(path("out"));
+    guard.opened(open("out"));
+    EXPECT_TRUE(guard.isInPlace());
+}
+
+TEST_F(OutputInPlace, MayBeReachedThroughALink)
+{
+    link("target", "out");
+    OutputFileGuard guard(path("out"));
+    guard.opened(open("out"));
+    EXPECT_TRUE(guard.isInPlace());
+}
+
+TEST_F(OutputInPlace, MayBeAFifo)
+{
+    ASSERT_EQ(mkfifo(path("out").c_str(), 0600), 0);
+    OutputFileGuard guard(path("out"));
+    guard.opened(open("out"));
+    EXPECT_TRUE(guard.isInPlace());
+}
+
+TEST_F(OutputInPlace, IsNotAFileThatWasRemoved)
+{
+    OutputFileGuard guard(path("out"));
+    guard.opened(open("out"));
+    ASSERT_EQ(unlink(path("out").c_str()), 0);
+    EXPECT_FALSE(guard.isInPlace());
+}
+
+TEST_F(OutputInPlace, IsNotAFileThatTookItsPlace)
+{
+    folder().write("new", "new");
+    OutputFileGuard guard(path("out"));
+    guard.opened(open("out"));
+    ASSERT_EQ(std::rename(path("new").c_str(), path("out").c_str()), 0);
+    EXPECT_FALSE(guard.isInPlace());
+}
+
+TEST_F(OutputInPlace, IsNotAFileToWhichALinkLeadsByNow)
+{
+    folder().write("other", "other");
+    link("target", "out");
+    OutputFileGuard guard(path("out"));
+    guard.opened(open("out"));
+    ASSERT_EQ(unlink(path("out").c_str()), 0);
+    link("other", "out");
+    EXPECT_FALSE(guard.isInPlace());
+}
+
 struct SignalRow
 {
     const char* name;
@@ -274,6 +338,38 @@ struct SignalRow
 
 class GuardedSignal : public OutputFileGuardTest, public testing::WithParamInterface<SignalRow>
 {
+protected:
+    // A sanitizer has handlers of its own, which a program has not.
+    GuardedSignal() { sigaction(GetParam().number, nullptr, &m_actionBefore); }
+    ~GuardedSignal() override { sigaction(GetParam().number, &m_actionBefore, nullptr); }
+    void SetUp() override { signal(GetParam().number, SIG_DFL); }
+
+    // The status of a child that raises the signal, and may leave a core dump in
+    // the folder.
+    int statusOfRaising(bool isGuarded)
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            const rlimit unlimited = {RLIM_INFINITY, RLIM_INFINITY};
+            setrlimit(RLIMIT_CORE, &unlimited);
+            if (chdir(path("").c_str()) != 0) {
+                _exit(EXIT_FAILURE);
+            }
+            if (!isGuarded) {
+                raise(GetParam().number);
+            }
+            OutputFileGuard guard("out");
+            guard.opened(open("out"));
+            raise(GetParam().number);
+            _exit(EXIT_FAILURE);
+        }
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        return status;
+    }
+
+private:
+    struct sigaction m_actionBefore = {};
 };
 
 TEST_P(GuardedSignal, EndsTheProgramAndRemovesTheFile)
@@ -325,6 +421,43 @@ TEST_P(GuardedSignal, DoesNotRemoveTheFileInAChildProcess)
     EXPECT_TRUE(exists("out"));
 }
 
+// What becomes of a core dump is the system's choice: the same in both cases.
+TEST_P(GuardedSignal, EndsTheProgramWithACoreDumpWhereItMakesOne)
+{
+    EXPECT_EQ(statusOfRaising(true), statusOfRaising(false));
+    EXPECT_FALSE(exists("out"));
+}
+
+TEST_P(GuardedSignal, RemovesWhatAnAttemptToOpenLeftWhenItCannotWait)
+{
+    const auto openAndRaise = [this] {
+        OutputFileGuard guard(path("out"));
+        open("out");
+        raise(GetParam().number);
+        throw std::runtime_error("a signal that waits");
+    };
+    const auto openAndCatch = [&openAndRaise] {
+        try {
+            openAndRaise();
+        } catch (const std::runtime_error&) {
+        }
+    };
+    EXPECT_EXIT(openAndCatch(), testing::KilledBySignal(GetParam().number), "");
+    EXPECT_FALSE(exists("out"));
+}
+
+TEST_P(GuardedSignal, StaysWithAHandlerThatItHas)
+{
+    const auto raiseHandled = [this] {
+        signal(GetParam().number, [](int /*number*/) { _exit(EXIT_SUCCESS); });
+        OutputFileGuard guard(path("out"));
+        guard.opened(open("out"));
+        raise(GetParam().number);
+    };
+    EXPECT_EXIT(raiseHandled(), testing::ExitedWithCode(EXIT_SUCCESS), "");
+    EXPECT_TRUE(exists("out"));
+}
+
 TEST_P(GuardedSignal, StaysIgnoredIfItWas)
 {
     const auto raiseIgnored = [this] {
@@ -370,11 +503,71 @@ TEST_P(GuardedSignal, IsNotGuardedForAFifo)
 const SignalRow signalRows[] = {
     {"Hangup", SIGHUP},
     {"Interrupt", SIGINT},
+    {"Quit", SIGQUIT},
+    {"IllegalInstruction", SIGILL},
+    {"Trap", SIGTRAP},
+    {"Abort", SIGABRT},
+    {"BusError", SIGBUS},
+    {"ArithmeticError", SIGFPE},
+    {"FirstUserSignal", SIGUSR1},
+    {"InvalidAccess", SIGSEGV},
+    {"SecondUserSignal", SIGUSR2},
     {"BrokenPipe", SIGPIPE},
+    {"Alarm", SIGALRM},
     {"Termination", SIGTERM},
+    {"StackFault", SIGSTKFLT},
+    {"CpuLimit", SIGXCPU},
+    {"FileSizeLimit", SIGXFSZ},
+    {"VirtualAlarm", SIGVTALRM},
+    {"Profiling", SIGPROF},
+    {"InputOutput", SIGIO},
+    {"PowerFailure", SIGPWR},
+    {"BadSystemCall", SIGSYS},
+    {"FirstRealTime", SIGRTMIN},
+    {"LastRealTime", SIGRTMAX},
 };
 
 INSTANTIATE_TEST_SUITE_P(OutputFileGuard, GuardedSignal, testing::ValuesIn(signalRows),
                          [](const auto& test) { return std::string{test.param.name}; });
+
+TEST_F(OutputFileGuardTest, SurvivesAStackOverflow)
+{
+    const auto overflow = [this] {
+        signal(SIGSEGV, SIG_DFL);
+        const rlimit smallStack = {65536, 65536};
+        setrlimit(RLIMIT_STACK, &smallStack);
+        OutputFileGuard guard(path("out"));
+        guard.opened(open("out"));
+        fillStack(1);
+    };
+    EXPECT_EXIT(overflow(), testing::KilledBySignal(SIGSEGV), "");
+    EXPECT_FALSE(exists("out"));
+}
+
+TEST_F(OutputFileGuardTest, RemovesTheFileWhenTwoSignalsWait)
+{
+    const auto raiseTwo = [this] {
+        OutputFileGuard guard(path("out"));
+        raise(SIGTERM);
+        raise(SIGINT);
+        guard.opened(open("out"));
+    };
+    const auto isEitherOfThem = [](int status) {
+        return WIFSIGNALED(status) && (WTERMSIG(status) == SIGTERM || WTERMSIG(status) == SIGINT);
+    };
+    EXPECT_EXIT(raiseTwo(), isEitherOfThem, "");
+    EXPECT_FALSE(exists("out"));
+}
+
+TEST_F(OutputFileGuardTest, LeavesTheSignalStackAsItWas)
+{
+    stack_t before = {};
+    sigaltstack(nullptr, &before);
+    openAndFail("out");
+    stack_t after = {};
+    sigaltstack(nullptr, &after);
+    EXPECT_EQ(after.ss_sp, before.ss_sp);
+    EXPECT_EQ(after.ss_flags, before.ss_flags);
+}
 
 } // namespace

@@ -80,7 +80,7 @@ void setSignals(const std::set<int>& ignored)
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
-    for (int number = 1; number < SIGRTMIN; ++number) {
+    for (int number = 1; number <= SIGRTMAX; ++number) {
         signal(number, ignored.count(number) == 0 ? SIG_DFL : SIG_IGN);
     }
 }
@@ -102,6 +102,10 @@ void setLimits(const ProgramStart& start)
     if (start.openFilesLimit) {
         const rlimit limit = {*start.openFilesLimit, *start.openFilesLimit};
         setrlimit(RLIMIT_NOFILE, &limit);
+    }
+    if (start.stackLimitBytes) {
+        const rlimit limit = {*start.stackLimitBytes, *start.stackLimitBytes};
+        setrlimit(RLIMIT_STACK, &limit);
     }
     if (start.obeysPermissions) {
         // Fails for all but root, who alone needs it.

@@ -24,6 +24,7 @@ struct ProgramStart
 
     std::set<int> ignoredSignals; ///< All others have their default action.
     std::optional<unsigned long> openFilesLimit;
+    std::optional<unsigned long> stackLimitBytes;
     bool obeysPermissions = false; ///< File permissions bind it even if the user is root.
 };
 
