@@ -1,7 +1,10 @@
 // Preloaded into the program: lets chosen large allocations fail. With libc's
 // own entry points, because looking up the hidden functions would allocate.
 //
-// FAULT_NUMBER  the allocation above 64 KiB that fails, counted from 1
+// FAULT_NUMBER  the allocation that fails, counted from 1: of those above 64 KiB,
+//               or where there is a FAULT_FILE, of all
+// FAULT_FILE    a file; allocations count from when the program first looks
+//               whether it exists
 // FAULT_LASTS   "1" if all later ones fail as well
 // FAULT_REPORT  a file that comes into being when the fault strikes: the call
 //               stack of the allocation and, if the program crashes, a line
@@ -18,6 +21,7 @@
 
 #include <execinfo.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 // The names behind asm() are those for the linker. These are exported by glibc,
@@ -32,6 +36,7 @@ extern "C" void* libcMemalign(size_t alignment, size_t size) asm("__libc_memalig
 // and these take the place of the usual ones.
 extern "C" int faultySigaction(int number, const struct sigaction* action,
                                struct sigaction* before) asm("sigaction");
+extern "C" int watchedStat(const char* name, struct stat* info) asm("stat");
 extern "C" void* faultyMalloc(size_t size) asm("malloc");
 extern "C" void* faultyCalloc(size_t count, size_t size) asm("calloc");
 extern "C" void* faultyRealloc(void* memory, size_t size) asm("realloc");
@@ -48,7 +53,9 @@ constexpr int stackDepth = 64;
 // Zero until the settings are read: nothing fails before.
 long faultNumber = 0;
 bool faultLasts = false;
+const char* faultFile = "";
 const char* faultReport = nullptr;
+bool isFileLookedFor = false;
 std::atomic<long> allocations = 0;
 
 void reportStack(const char* title)
@@ -94,6 +101,7 @@ __attribute__((constructor)) void readSettings()
     for (const int number : crashSignals) {
         libcSigaction(number, &action, nullptr);
     }
+    faultFile = setting("FAULT_FILE");
     faultReport = setting("FAULT_REPORT");
     faultLasts = std::strcmp(setting("FAULT_LASTS"), "1") == 0;
     faultNumber = std::atol(setting("FAULT_NUMBER"));
@@ -101,7 +109,8 @@ __attribute__((constructor)) void readSettings()
 
 bool strikes(size_t size)
 {
-    if (size <= largestSafeSize || faultNumber == 0) {
+    const bool counts = *faultFile == '\0' ? size > largestSafeSize : isFileLookedFor;
+    if (!counts || faultNumber == 0) {
         return false;
     }
     const long current = ++allocations;
@@ -131,6 +140,12 @@ int faultySigaction(int number, const struct sigaction* action, struct sigaction
         programAction = *action;
     }
     return 0;
+}
+
+int watchedStat(const char* name, struct stat* info)
+{
+    isFileLookedFor = isFileLookedFor || std::strcmp(name, faultFile) == 0;
+    return fstatat(AT_FDCWD, name, info, 0);
 }
 
 void* faultyMalloc(size_t size)

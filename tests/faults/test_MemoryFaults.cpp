@@ -140,4 +140,72 @@ TEST_P(ScarceMemory, ForAllAllocationsFromOneOnGivesTheWholeFileOrNoneAndOneLine
 INSTANTIATE_TEST_SUITE_P(FaxWriter, ScarceMemory, testing::ValuesIn(conversionRows),
                          [](const auto& test) { return std::string{test.param.name}; });
 
+// Of all sizes, from before the output is opened until the first page is under
+// way. A library may crash for lack of a few bytes; the output must not stay.
+class ScarceMemoryAroundTheOpening : public testing::TestWithParam<const char*>
+{
+protected:
+    ScarceMemoryAroundTheOpening()
+    {
+        EXPECT_EQ(runProgram(Conversion::with(m_arguments)).exitStatus, 0);
+        m_content = Conversion::contentOf(m_output);
+        std::filesystem::remove(m_output);
+    }
+
+    // The call stack of the allocation that failed, with those that followed.
+    std::string strike(int number)
+    {
+        const ProgramResult result =
+            runProgram(Conversion::with(m_arguments, MORVALTIDE_MEMORY_FAULTS,
+                                        {{"FAULT_NUMBER", std::to_string(number)},
+                                         {"FAULT_FILE", m_output},
+                                         {"FAULT_LASTS", GetParam()},
+                                         {"FAULT_REPORT", m_report}}));
+        std::string report = Conversion::contentOf(m_report);
+        const std::string where = "allocation " + std::to_string(number) + '\n' + report;
+        if (result.exitStatus == 0) {
+            EXPECT_TRUE(Conversion::hasSucceeded(result, m_output, m_content)) << where;
+        } else {
+            EXPECT_FALSE(std::filesystem::exists(m_output)) << where;
+            EXPECT_EQ(result.output, "") << where;
+        }
+        std::filesystem::remove(m_output);
+        std::filesystem::remove(m_report);
+        return report;
+    }
+
+private:
+    TemporaryFolder m_folder;
+    std::string m_picture =
+        m_folder.write("in.png", SampleImages::pngFile(SampleImages::bilevel({16, 10})));
+    // Longer than a name that fits into a string object.
+    std::string m_output = m_folder.path("an-output-file-with-a-long-name.tif");
+    std::string m_report = m_folder.path("struck");
+    std::vector<std::string> m_arguments = {"-o", m_output, m_picture};
+    std::string m_content;
+};
+
+TEST_P(ScarceMemoryAroundTheOpening, LeavesNoOutputUnlessItIsWhole)
+{
+    constexpr int allocationCount = 150;
+    int inTheOpening = 0;
+    int last = 0;
+    for (int number = 1; number <= allocationCount; ++number) {
+        const std::string report = strike(number);
+        ASSERT_NE(report, "") << "there is no allocation " << number;
+        if (report.find("TIFFClientOpen") < report.find("\nallocation")) {
+            ++inTheOpening;
+            last = number;
+        }
+    }
+    EXPECT_GE(inTheOpening, 2);
+    EXPECT_LT(last, allocationCount - 50);
+}
+
+INSTANTIATE_TEST_SUITE_P(FaxWriter, ScarceMemoryAroundTheOpening, testing::Values("0", "1"),
+                         [](const auto& test) {
+                             return std::string(*test.param == '0' ? "OneAllocation"
+                                                                   : "AllAllocationsFromOneOn");
+                         });
+
 } // namespace
