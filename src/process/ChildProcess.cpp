@@ -11,6 +11,7 @@ ChildProcess::ChildProcess(ProcessChannelMode channelMode)
     : m_parentPid(getpid()),
       m_hasPipe(channelMode != ForwardedChannels && channelMode != ForwardedOutputChannel)
 {
+    sigprocmask(SIG_BLOCK, nullptr, &m_signalMask);
     setProcessChannelMode(channelMode);
 }
 
@@ -24,6 +25,7 @@ ChildProcess::~ChildProcess()
 // Runs in the child between fork and exec: async-signal-safe calls only.
 void ChildProcess::setupChildProcess()
 {
+    sigprocmask(SIG_SETMASK, &m_signalMask, nullptr);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != m_parentPid) {
         // The parent ended before the request was in force.

@@ -2,7 +2,10 @@
 
 #include <QProcess>
 
-/// A child that does not outlive this program, however the program ends.
+#include <csignal>
+
+/// A child that does not outlive this program, however the program ends. The
+/// signals that it has blocked are those that were blocked when this was made.
 class ChildProcess final : public QProcess
 {
 public:
@@ -21,4 +24,5 @@ protected:
 private:
     qint64 m_parentPid;
     bool m_hasPipe; // for its standard output
+    sigset_t m_signalMask = {};
 };

@@ -18,14 +18,41 @@ bool hasSucceeded(const QProcess& process)
     return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
-// QProcess makes the whole program ignore SIGPIPE, although nothing is written
-// to a child here. What a broken pipe does to the program is not its choice.
+// Where the kernel has no descriptors for processes, QProcess makes the whole
+// program ignore SIGPIPE when it starts its first child, although nothing is
+// written to a child here. What a broken pipe does to the program is not its
+// choice: as long as this object lives, the signal waits, and then finds the
+// action that it had.
+class HeldPipeSignal
+{
+public:
+    HeldPipeSignal()
+    {
+        sigset_t pipeSignal;
+        sigemptyset(&pipeSignal);
+        sigaddset(&pipeSignal, SIGPIPE);
+        sigprocmask(SIG_BLOCK, &pipeSignal, &m_maskBefore);
+        sigaction(SIGPIPE, nullptr, &m_actionBefore);
+    }
+
+    ~HeldPipeSignal()
+    {
+        sigaction(SIGPIPE, &m_actionBefore, nullptr);
+        sigprocmask(SIG_SETMASK, &m_maskBefore, nullptr);
+    }
+
+    HeldPipeSignal(const HeldPipeSignal&) = delete;
+    HeldPipeSignal& operator=(const HeldPipeSignal&) = delete;
+
+private:
+    sigset_t m_maskBefore = {};
+    struct sigaction m_actionBefore = {};
+};
+
 void startProcess(QProcess& process, const QString& program, const QStringList& arguments)
 {
-    struct sigaction before = {};
-    sigaction(SIGPIPE, nullptr, &before);
+    const HeldPipeSignal pipeSignal;
     process.start(program, arguments, QIODevice::ReadWrite);
-    sigaction(SIGPIPE, &before, nullptr);
 }
 
 } // namespace

@@ -19,7 +19,8 @@ public:
     /// The limit of every single wait in milliseconds.
     static constexpr int defaultTimeoutMs = 30000;
 
-    /// `process` is not owned and must outlive the wrapper.
+    /// `process` is not owned and must outlive the wrapper. While it starts,
+    /// SIGPIPE is blocked, which a ChildProcess undoes for its child.
     explicit ProcessWrapper(QProcess& process, int timeoutMs = defaultTimeoutMs);
 
     /// Ignores the output. A child that has not finished in time is a failure.

@@ -19,6 +19,7 @@
 #include <thread>
 
 #include <sys/types.h>
+#include <unistd.h>
 
 namespace {
 
@@ -238,6 +239,33 @@ TEST_P(EveryOverloadWithOutput, InheritsEnvironmentAndWorkingFolder)
 INSTANTIATE_TEST_SUITE_P(ProcessWrapper, EveryOverloadWithOutput,
                          testing::Values(Overload::collectsOutput, Overload::streamsOutput),
                          [](const auto& test) { return nameOf(test.param); });
+
+// What the system says about the signals that a process has blocked.
+QByteArray blockedSignals(const QString& statusFile)
+{
+    QByteArray output;
+    EXPECT_TRUE(ProcessWrapper::executeProcess(QStringLiteral("grep"),
+                                               {QStringLiteral("^SigBlk"), statusFile}, &output));
+    return output;
+}
+
+TEST(ProcessWrapper, GivesAChildTheSignalMaskOfTheProgram)
+{
+    EXPECT_EQ(blockedSignals(QStringLiteral("/proc/self/status")),
+              blockedSignals(QStringLiteral("/proc/%1/status").arg(getpid())));
+}
+
+TEST(ProcessWrapper, LeavesTheSignalMaskOfTheProgramAsItWas)
+{
+    sigset_t before;
+    sigprocmask(SIG_BLOCK, nullptr, &before);
+    EXPECT_TRUE(ProcessWrapper::executeProcess(shell, script("exit 0")));
+    sigset_t after;
+    sigprocmask(SIG_BLOCK, nullptr, &after);
+    for (int number = 1; number <= SIGRTMAX; ++number) {
+        EXPECT_EQ(sigismember(&after, number), sigismember(&before, number)) << number;
+    }
+}
 
 TEST(ProcessWrapper, ReplacesTheOutputOfAnEarlierRun)
 {
