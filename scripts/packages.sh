@@ -46,6 +46,7 @@ testPackages=(
     python3
     qpdf                # repairs PDF documents and turns their pages
     systemd             # checks the units of the watched folder
+    qt5-gtk-platformtheme # a plug-in that must not be loaded
     zlib1g-dev
 )
 

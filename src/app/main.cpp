@@ -1,11 +1,10 @@
 #include "app/FaxWriter.h"
+#include "app/QtEnvironment.h"
 #include "app/StandardStreams.h"
 #include "options/OptionsApplicationExit.h"
 #include "options/OptionsParser.h"
 
 #include <QGuiApplication>
-#include <QLoggingCategory>
-#include <QTextCodec>
 
 #include <cstdlib>
 #include <exception>
@@ -22,17 +21,6 @@ void keepFreedMemory()
     constexpr int trimThresholdBytes = 512 * 1024 * 1024;
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, trimThresholdBytes);
-}
-
-// What Qt is told before its application object exists.
-void prepareQt()
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    // A program that is silent on success cannot pass on the remarks of Qt and
-    // its plug-ins. QT_LOGGING_RULES turns them on again.
-    QLoggingCategory::setFilterRules(QStringLiteral("*=false"));
-    // File names are UTF-8 in every locale, on the way to the system as well.
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 }
 
 // The last setting is read first: should two of them fail, that one is reported.
@@ -61,7 +49,7 @@ int main(int argc, char** argv)
         options.checkRequiredOptions();
         options.checkMargins();
 
-        prepareQt();
+        QtEnvironment::prepare();
         // Qt must not take the name of a document for one of its own arguments.
         char name[] = "morvaltide";
         char* qtArguments[] = {name, nullptr};

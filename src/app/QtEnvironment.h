@@ -1,0 +1,11 @@
+#pragma once
+
+/// What Qt is told before its application object exists.
+class QtEnvironment
+{
+public:
+    /// Chooses the platform without a display, silences the remarks of Qt,
+    /// makes file names UTF-8, and takes the settings of the user's desktop out
+    /// of the environment of this process, and so of its children.
+    static void prepare();
+};
