@@ -9,6 +9,6 @@ class FileName
 {
 public:
     /// Decodes UTF-8. A byte order mark in front is part of the name like any
-    /// other character; what is not UTF-8 becomes the replacement character.
+    /// other character; each byte that is not UTF-8 becomes a replacement character.
     static QString fromUtf8(const std::string& bytes);
 };

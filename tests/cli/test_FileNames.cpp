@@ -147,6 +147,70 @@ TEST_F(SeveralNames, ThatAreNotUtf8AreNotFoundAndShownByteForByte)
     EXPECT_FALSE(exists("out.tif"));
 }
 
+struct CutRow
+{
+    const char* name;
+    const char* rest; ///< What is left of a character.
+};
+
+const CutRow cutRows[] = {
+    {"OneOfTwoBytes", "\xc3"},       {"OneOfThreeBytes", "\xe2"},
+    {"TwoOfThreeBytes", "\xe2\x82"}, {"OneOfFourBytes", "\xf0"},
+    {"TwoOfFourBytes", "\xf0\x9f"},  {"ThreeOfFourBytes", "\xf0\x9f\x93"},
+};
+
+// The part of the name in front of the cut character is the name of another
+// file, which must be neither read nor taken for the output.
+class NameThatEndsInACutCharacter : public CliTest, public testing::WithParamInterface<CutRow>
+{
+protected:
+    void SetUp() override
+    {
+        folder().write("in.png", blackPng({20, 20}));
+        folder().write("cover.html", "<html>Cover</html>");
+    }
+};
+
+TEST_P(NameThatEndsInACutCharacter, IsNotThatOfAnotherInput)
+{
+    const std::string name = std::string("in.png") + GetParam().rest;
+    EXPECT_TRUE(isFailure(run({"-o", "out.tif", name}),
+                          "can't write page file '" + name + "', file not found\n"));
+    EXPECT_FALSE(exists("out.tif"));
+}
+
+TEST_P(NameThatEndsInACutCharacter, IsNotThatOfAnotherCoverPage)
+{
+    const std::string name = std::string("cover.html") + GetParam().rest;
+    EXPECT_TRUE(isFailure(run({"-o", "out.tif", "-C", name, "in.png"}),
+                          "can't write cover page file '" + name + "', file not found\n"));
+    EXPECT_FALSE(exists("out.tif"));
+}
+
+// The output may have the name that is left, since the document is another file.
+TEST_P(NameThatEndsInACutCharacter, IsNotThatOfTheOutput)
+{
+    const std::string name = std::string("in.png") + GetParam().rest;
+    EXPECT_TRUE(isFailure(run({"-o", "in.png", name}),
+                          "can't write page file '" + name + "', file not found\n"));
+}
+
+// Each byte that is left is decoded to a replacement character.
+TEST_P(NameThatEndsInACutCharacter, IsThatOfTheOutputOnceItIsDecoded)
+{
+    std::string output = "in.png";
+    for (const char* byte = GetParam().rest; *byte != '\0'; ++byte) {
+        output += "\xef\xbf\xbd";
+    }
+    folder().write(output, blackPng({30, 30}));
+    EXPECT_TRUE(isFailure(run({"-o", output, std::string("in.png") + GetParam().rest}),
+                          "can't open file '" + output + "'\n"));
+    EXPECT_TRUE(content(output) == blackPng({30, 30}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Cli, NameThatEndsInACutCharacter, testing::ValuesIn(cutRows),
+                         [](const auto& test) { return std::string{test.param.name}; });
+
 TEST_F(SeveralNames, WithAColonInFrontAreNotOnTheDisk)
 {
     // Qt keeps such names for the resources of a program.
