@@ -18,6 +18,9 @@ namespace {
 
 constexpr int byteBits = bitBlockSize;
 
+// The largest side whose lines Qt counts without an overflow, in 1/4096 of a line.
+constexpr int largestSqueezedSide = (1 << 19) - 1;
+
 int bytesFor(int pixels)
 {
     return (pixels + byteBits - 1) / byteBits;
@@ -55,12 +58,26 @@ std::vector<int> sourceLines(int sourceCount, int targetCount)
 {
     const double scale = static_cast<double>(targetCount) / sourceCount;
     const double inverse = 1.0 / scale;
-    const int step = static_cast<int>(inverse * 4096.0);
+    const auto step = static_cast<std::int64_t>(inverse * 4096.0);
     std::vector<int> lines(static_cast<std::size_t>(targetCount));
     for (int target = 0; target < targetCount; ++target) {
-        lines[static_cast<std::size_t>(target)] = (target * step + step / 2) >> 12;
+        lines[static_cast<std::size_t>(target)] =
+            static_cast<int>((target * step + step / 2) >> 12);
     }
     return lines;
+}
+
+// Qt may set bits beyond the width.
+QImage squeezedByQt(const QImage& image, const QSize& size)
+{
+    QImage result = image.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    const int bytes = bytesFor(result.width());
+    for (int y = 0; y < result.height(); ++y) {
+        uchar* row = result.scanLine(y);
+        clearBeyondWidth(row, result.width());
+        std::memset(row + bytes, 0, static_cast<std::size_t>(result.bytesPerLine() - bytes));
+    }
+    return result;
 }
 
 // Eight rows at a time turned into one byte a column, so that columns can be
@@ -205,6 +222,12 @@ bool BilevelImage::isBlackAndWhite(const QImage& image)
            (first == opaqueBlack && second == opaqueWhite);
 }
 
+bool BilevelImage::isTooLargeToPaint(const QSize& size)
+{
+    constexpr int largestPaintedSide = 32767;
+    return std::max(size.width(), size.height()) > largestPaintedSide;
+}
+
 QImage BilevelImage::whitePage(const QSize& size)
 {
     QImage page(size, QImage::Format_Mono);
@@ -217,6 +240,9 @@ QImage BilevelImage::whitePage(const QSize& size)
 
 QImage BilevelImage::squeezed(const QImage& image, const QSize& size)
 {
+    if (std::max(image.width(), image.height()) > largestSqueezedSide) {
+        return squeezedByQt(image, size);
+    }
     QImage result = emptyImage(image, size);
     if (result.isNull()) {
         return result;
@@ -270,6 +296,9 @@ QImage BilevelImage::turnedCounterclockwise(const QImage& image)
 QImage BilevelImage::placed(const QImage& image, const QRect& source, const QSize& size,
                             const QPoint& position)
 {
+    if (isTooLargeToPaint(size)) {
+        return QImage();
+    }
     QImage page = whitePage(size);
     if (page.isNull()) {
         return page;

@@ -20,6 +20,10 @@ public:
     /// for it what painting and dithering do.
     static bool isBlackAndWhite(const QImage& image);
 
+    /// True for pages of which QPainter leaves a part blank, since it paints in
+    /// 16-bit coordinates: they are left to it.
+    static bool isTooLargeToPaint(const QSize& size);
+
     /// A white picture with the colour table {opaque white, opaque black}; null
     /// if there is no memory for it.
     static QImage whitePage(const QSize& size);
@@ -37,7 +41,8 @@ public:
     static QImage turnedCounterclockwise(const QImage& image);
 
     /// A whitePage() on which the part `source` of `image` lies at `position`,
-    /// as painting it there and converting to Format_Mono gives it.
+    /// as painting it there and converting to Format_Mono gives it; null if there
+    /// is no memory for it, or if it isTooLargeToPaint().
     ///
     /// `image` is a picture for which isBlackAndWhite() is true; `source` lies
     /// within it, and at `position` within the new picture.

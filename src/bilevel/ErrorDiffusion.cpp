@@ -154,6 +154,9 @@ bool ErrorDiffusion::isSupported(const QImage& image)
 QImage ErrorDiffusion::dithered(const QImage& image, const QRect& source, const QSize& size,
                                 const QPoint& position)
 {
+    if (BilevelImage::isTooLargeToPaint(size)) {
+        return QImage();
+    }
     QImage page = BilevelImage::whitePage(size);
     if (page.isNull()) {
         return page;

@@ -22,9 +22,10 @@ public:
 
     /// A page of `size`, QImage::Format_Mono with the colour table {opaque
     /// white, opaque black}, on which the part `source` of `image` lies at
-    /// `position`; null if there is no memory for it, or if the picture is not
-    /// opaque after all (see GreyPicture::copyRow). `source` lies within the
-    /// image, and at `position` within the page.
+    /// `position`; null if there is no memory for it, if it is too large to be
+    /// painted, or if the picture is not opaque after all (see
+    /// GreyPicture::copyRow). `source` lies within the image, and at `position`
+    /// within the page.
     static QImage dithered(const QImage& image, const QRect& source, const QSize& size,
                            const QPoint& position);
 };

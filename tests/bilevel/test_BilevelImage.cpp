@@ -96,6 +96,37 @@ TEST_P(PageSqueeze, DropsTheColumnsThatQtDrops)
 INSTANTIATE_TEST_SUITE_P(BilevelImage, PageSqueeze, testing::ValuesIn(resolutions),
                          [](const auto& test) { return std::string{test.param.name}; });
 
+// Sides around those where numbers of 32 bits overflow, with and without sign.
+class LongSide : public testing::TestWithParam<int>
+{
+};
+
+TEST_P(LongSide, IsSqueezedAcrossAsQtDoes)
+{
+    RandomImages random;
+    const QImage image = random.bilevel({GetParam(), 3}, colorTables[0]);
+    for (const QSize& size : {QSize(GetParam() - 1, 2), QSize(1728, 3), QSize(1, 1)}) {
+        const QImage squeezed = BilevelImage::squeezed(image, size);
+        expectSame(squeezed, squeezedByQt(image, size));
+        EXPECT_TRUE(isPaddingClear(squeezed)) << size.width();
+    }
+}
+
+TEST_P(LongSide, IsSqueezedDownAsQtDoes)
+{
+    RandomImages random;
+    const QImage image = random.bilevel({11, GetParam()}, colorTables[0]);
+    for (const QSize& size : {QSize(11, GetParam() - 1), QSize(5, 2292), QSize(1, 1)}) {
+        const QImage squeezed = BilevelImage::squeezed(image, size);
+        expectSame(squeezed, squeezedByQt(image, size));
+        EXPECT_TRUE(isPaddingClear(squeezed)) << size.height();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(BilevelImage, LongSide,
+                         testing::Values(524286, 524287, 524288, 524289, 700001, 1048575, 1048576,
+                                         1048577, 1500000));
+
 TEST(BilevelImage, SqueezesBothDirectionsAsQtDoes)
 {
     RandomImages random;

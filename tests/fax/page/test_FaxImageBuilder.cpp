@@ -410,6 +410,62 @@ TEST(FaxImageBuilderMonochromize, LeavesBlackAndWhiteOfAColourImageAsTheyAre)
 
 // --- The builder as a whole
 
+// QPainter paints in 16-bit coordinates. Whatever it leaves blank on pages that
+// are larger, every kind of picture has to look the same.
+
+struct LargePageRow
+{
+    const char* name;
+    QSize page;
+};
+
+const LargePageRow largePageRows[] = {
+    {"LargestWidthThatIsPaintedWhole", {32767, 3}},
+    {"LargestHeightThatIsPaintedWhole", {3, 32767}},
+    {"WidthAboveTheLimit", {32768, 3}},
+    {"HeightAboveTheLimit", {3, 32768}},
+    {"WidthFarAboveTheLimit", {70000, 3}},
+    {"HeightFarAboveTheLimit", {3, 70000}},
+};
+
+class LargePage : public testing::TestWithParam<LargePageRow>
+{
+protected:
+    // A picture that is as long as the page, and leaves one line of it blank.
+    static QImage picture(QImage::Format format)
+    {
+        const QSize page = GetParam().page;
+        const QSize blank = page.width() > page.height() ? QSize(0, 1) : QSize(1, 0);
+        QImage image(page - blank, QImage::Format_RGB32);
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                image.setPixel(x, y, (x * 7 + y * 3) % 5 < 2 ? black : white);
+            }
+        }
+        return image.convertToFormat(format, Qt::MonoOnly);
+    }
+};
+
+TEST_P(LargePage, ShowsEveryKindOfPictureAsPainted)
+{
+    const QSize size = GetParam().page;
+    const QRect area(QPoint(0, 0), size);
+    for (const QImage::Format format :
+         {QImage::Format_Mono, QImage::Format_Grayscale8, QImage::Format_RGB32}) {
+        const QImage image = picture(format);
+        FaxImageBuilder painted(image);
+        painted.fill(size, area, Qt::AlignCenter);
+        const QImage expected = painted.image().convertToFormat(QImage::Format_Mono, Qt::MonoOnly);
+        EXPECT_TRUE(isSamePicture(
+            FaxImageBuilder(image).fill(size, area, Qt::AlignCenter).monochromize().image(),
+            expected))
+            << format;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(FaxImageBuilder, LargePage, testing::ValuesIn(largePageRows),
+                         [](const auto& test) { return std::string{test.param.name}; });
+
 TEST(FaxImageBuilder, KeepsANullImageNull)
 {
     FaxImageBuilder builder{QImage()};
