@@ -1,10 +1,10 @@
 #include "render/html/HtmlRenderer.h"
 
 #include "app/settings/RenderSize.h"
+#include "render/html/HtmlDocument.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QPainter>
-#include <QTextDocument>
 #include <QTextOption>
 
 QT_BEGIN_NAMESPACE
@@ -35,7 +35,7 @@ QImage HtmlRenderer::render(const RenderSize& renderSize, QImage::Format format)
     const double pageWidth = size.width() * layoutDpi / dpi.horizontal;
     const double pageHeight = size.height() * layoutDpi / dpi.vertical;
 
-    QTextDocument document;
+    HtmlDocument document;
     QTextOption option = document.defaultTextOption();
     option.setWrapMode(QTextOption::WordWrap);
     document.setDefaultTextOption(option);

@@ -1,8 +1,8 @@
 #include "render/picture/ImageDefaultRenderer.h"
 
 #include "app/settings/RenderSize.h"
+#include "render/decode/PictureDecoder.h"
 
-#include <QImage>
 #include <QImageReader>
 
 #include <algorithm>
@@ -50,11 +50,5 @@ bool ImageDefaultRenderer::render(unsigned long index, const RenderSize& renderS
 {
     m_reader->jumpToImage(static_cast<int>(index));
     m_reader->setScaledSize(renderSize.size);
-    // Qt 5.15 leaves a part of PNG pictures with 16 bits and a transparent colour
-    // unwritten. No leftover memory may show there.
-    if (m_reader->format() == "png" && m_reader->imageFormat() == QImage::Format_RGBA64) {
-        image = QImage(m_reader->size(), QImage::Format_RGBA64);
-        image.fill(Qt::white);
-    }
-    return m_reader->read(&image);
+    return PictureDecoder::read(*m_reader, image);
 }

@@ -1,0 +1,197 @@
+#include "support/OddPictures.h"
+
+#include "support/SampleImages.h"
+
+#include <QBuffer>
+#include <QImageWriter>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr int width = 131;
+constexpr int height = 97;
+
+QByteArray bigEndian(quint32 number)
+{
+    QByteArray bytes(sizeof number, '\0');
+    qToBigEndian(number, bytes.data());
+    return bytes;
+}
+
+// The check sum of PNG, ISO 3309.
+quint32 checksum(const QByteArray& bytes)
+{
+    quint32 sum = 0xFFFFFFFF;
+    for (const char byte : bytes) {
+        sum ^= static_cast<unsigned char>(byte);
+        for (int bit = 0; bit < 8; ++bit) {
+            sum = (sum >> 1) ^ ((sum & 1) != 0 ? 0xEDB88320U : 0U);
+        }
+    }
+    return ~sum;
+}
+
+QByteArray chunk(const QByteArray& type, const QByteArray& data)
+{
+    return bigEndian(static_cast<quint32>(data.size())) + type + data +
+           bigEndian(checksum(type + data));
+}
+
+struct Colours
+{
+    const char* name;
+    char type;
+    int samples;
+    std::vector<int> depths;
+    QByteArray transparent; // the data of tRNS; null where there can be none
+};
+
+const Colours pngColours[] = {
+    {"grey", 0, 1, {1, 2, 4, 8, 16}, QByteArray("\0\1", 2)},
+    {"rgb", 2, 3, {8, 16}, QByteArray("\0\1\0\2\0\3", 6)},
+    {"palette", 3, 1, {1, 2, 4, 8}, QByteArray("\0\x80", 2)},
+    {"grey-alpha", 4, 2, {8, 16}, QByteArray()},
+    {"rgb-alpha", 6, 4, {8, 16}, QByteArray()},
+};
+
+// The rows of one pass, each with the filter byte in front.
+QByteArray rows(int columns, int count, int bitsPerPixel)
+{
+    QByteArray bytes;
+    for (int y = 0; y < count && columns > 0; ++y) {
+        bytes += '\0';
+        for (int i = 0; i < (columns * bitsPerPixel + 7) / 8; ++i) {
+            bytes += static_cast<char>(y * 3 + i * 2 + (i * y * 7) % 16);
+        }
+    }
+    return bytes;
+}
+
+// The passes of an interlaced picture: where they begin, and their steps.
+struct Pass
+{
+    int x, y, dx, dy;
+};
+constexpr Pass passes[] = {{0, 0, 8, 8}, {4, 0, 8, 8}, {0, 4, 4, 8}, {2, 0, 4, 4},
+                           {0, 2, 2, 4}, {1, 0, 2, 2}, {0, 1, 1, 2}};
+
+QByteArray pixels(int bitsPerPixel, bool isInterlaced)
+{
+    if (!isInterlaced) {
+        return rows(width, height, bitsPerPixel);
+    }
+    QByteArray bytes;
+    for (const Pass& pass : passes) {
+        bytes += rows((width - pass.x + pass.dx - 1) / pass.dx,
+                      (height - pass.y + pass.dy - 1) / pass.dy, bitsPerPixel);
+    }
+    return bytes;
+}
+
+QByteArray png(const Colours& colours, int depth, bool isTransparent, bool isInterlaced)
+{
+    QByteArray header = bigEndian(width) + bigEndian(height);
+    header += static_cast<char>(depth);
+    header += colours.type;
+    header += QByteArray(2, '\0');
+    header += static_cast<char>(isInterlaced ? 1 : 0);
+    QByteArray file = "\x89PNG\r\n\x1a\n" + chunk("IHDR", header);
+    if (colours.type == 3) {
+        QByteArray palette;
+        for (int i = 0; i < 3 * (1 << depth); ++i) {
+            palette += static_cast<char>(i * 37);
+        }
+        file += chunk("PLTE", palette);
+    }
+    if (isTransparent) {
+        file += chunk("tRNS", colours.transparent);
+    }
+    // qCompress() puts the size in front.
+    const QByteArray data = qCompress(pixels(depth * colours.samples, isInterlaced)).mid(4);
+    return file + chunk("IDAT", data) + chunk("IEND", QByteArray());
+}
+
+QByteArray jpeg(const QImage& image, bool isProgressive)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, "jpeg");
+    writer.setProgressiveScanWrite(isProgressive);
+    EXPECT_TRUE(writer.write(image));
+    return buffer.data();
+}
+
+// TIFF files can hold CMYK in JPEG, which Qt does not write: a strip of one is
+// such a file.
+QByteArray cmykJpeg()
+{
+    for (const OddPictures::File& file : OddPictures::tiffFiles()) {
+        if (file.name == "jpeg-cmyk.tif") {
+            const int begin = file.content.indexOf(QByteArray::fromHex("ffd8ff"));
+            const int end = file.content.indexOf(QByteArray::fromHex("ffd9"), begin);
+            EXPECT_GT(end, begin);
+            return file.content.mid(begin, end + 2 - begin);
+        }
+    }
+    ADD_FAILURE();
+    return {};
+}
+
+} // namespace
+
+std::vector<OddPictures::File> OddPictures::pngFiles()
+{
+    std::vector<File> files;
+    for (const Colours& colours : pngColours) {
+        for (const int depth : colours.depths) {
+            for (const bool isTransparent : {false, true}) {
+                for (const bool isInterlaced : {false, true}) {
+                    if (isTransparent && colours.transparent.isNull()) {
+                        continue;
+                    }
+                    files.push_back({std::to_string(depth) + '-' + colours.name +
+                                         (isTransparent ? "-transparent" : "") +
+                                         (isInterlaced ? "-interlaced" : "") + ".png",
+                                     png(colours, depth, isTransparent, isInterlaced)});
+                }
+            }
+        }
+    }
+    return files;
+}
+
+std::vector<OddPictures::File> OddPictures::jpegFiles()
+{
+    const QImage colour =
+        SampleImages::transparent({width, height}).convertToFormat(QImage::Format_RGB32);
+    const QImage grey = colour.convertToFormat(QImage::Format_Grayscale8);
+    return {{"colour.jpg", jpeg(colour, false)},
+            {"colour-progressive.jpg", jpeg(colour, true)},
+            {"grey.jpg", jpeg(grey, false)},
+            {"grey-progressive.jpg", jpeg(grey, true)},
+            {"cmyk.jpg", cmykJpeg()}};
+}
+
+std::vector<OddPictures::File> OddPictures::files()
+{
+    std::vector<File> all = tiffFiles();
+    for (const auto& some : {pngFiles(), jpegFiles()}) {
+        all.insert(all.end(), some.begin(), some.end());
+    }
+    return all;
+}
+
+std::vector<OddPictures::File> OddPictures::truncatedFiles()
+{
+    std::vector<File> all = files();
+    for (File& file : all) {
+        file.name.insert(0, "truncated-");
+        file.content.truncate(file.content.size() * 3 / 5);
+    }
+    return all;
+}
