@@ -5,24 +5,23 @@
 
 namespace {
 
-constexpr int bitsOf16BitSamples = 64;
-
-// True if the plug-in decodes the picture as it is stored. One that scales by
-// itself makes an image of another size for that, and writes all of it; it has
-// to decode samples of 16 bits first.
-bool isDecodedAsStored(const QImageReader& reader)
+// What the plug-ins decode samples of 16 bits to: always four for a pixel, even
+// where fewer arrive.
+bool isOf16BitSamples(QImage::Format format)
 {
-    return !reader.supportsOption(QImageIOHandler::ScaledSize) ||
-           QImage::toPixelFormat(reader.imageFormat()).bitsPerPixel() == bitsOf16BitSamples;
+    return format == QImage::Format_RGBX64 || format == QImage::Format_RGBA64 ||
+           format == QImage::Format_RGBA64_Premultiplied || format == QImage::Format_Grayscale16;
 }
 
 } // namespace
 
 bool PictureDecoder::read(QImageReader& reader, QImage& image)
 {
-    if (isDecodedAsStored(reader)) {
+    // The format of a picture that has no size is not known, and may be any number.
+    const QSize size = reader.size();
+    if (!size.isEmpty() && isOf16BitSamples(reader.imageFormat())) {
         // A plug-in takes an image that fits instead of making one.
-        image = QImage(reader.size(), reader.imageFormat());
+        image = QImage(size, reader.imageFormat());
         image.fill(Qt::white);
     }
     return reader.read(&image);

@@ -6,9 +6,10 @@ class QImageReader;
 /// Decodes pictures so that none shows what stood in the memory before.
 ///
 /// The plug-ins of Qt decode into an image whose memory nobody has cleared, and
-/// some leave parts of it unwritten: that of TIFF in files with planar samples
-/// of 16 bits, that of PNG in files with 16 bits and a transparent colour. Such
-/// parts are white here.
+/// with samples of 16 bits some leave parts of it unwritten: that of TIFF in
+/// files with planar samples, that of PNG in files with a transparent colour.
+/// Such parts are white here. To clear the memory of all other pictures as well
+/// would cost large photographs a good part of their time for nothing.
 class PictureDecoder
 {
 public:

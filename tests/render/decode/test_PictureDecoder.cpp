@@ -83,4 +83,17 @@ INSTANTIATE_TEST_SUITE_P(PictureDecoder, LeftoverMemory, testing::ValuesIn(allFi
                              return name;
                          });
 
+// The plug-in has no format for it, and gives whatever stood in the memory.
+TEST(PictureDecoder, FailsForAJpegWithADamagedHeader)
+{
+    QByteArray content = SampleImages::jpegFile(SampleImages::quarters({40, 30}));
+    const int header = content.indexOf(QByteArray::fromHex("ffc0"));
+    ASSERT_GT(header, 0);
+    constexpr int precisionOffset = 4;
+    content[header + precisionOffset] = '\x63';
+    for (const int fill : {0x00, 0x55, 0xAA, 0xFF}) {
+        EXPECT_TRUE(decoded(content, QSize(), fill).isNull());
+    }
+}
+
 } // namespace
