@@ -220,6 +220,23 @@ TEST_F(SeveralNames, WithAColonInFrontAreNotOnTheDisk)
     EXPECT_EQ(run({"-o", "out.tif", "./:a.png"}).exitStatus, 0);
 }
 
+// Ghostscript opens its own files of these names unless it is told the folder.
+TEST_F(SeveralNames, OfFilesOfGhostscriptAreTakenAsTheyAreIfAbsolute)
+{
+    for (const char* name : {"Fontmap", "Fontmap.GS", "cidfmap", "FAPIconfig", "gs_l.xbm"}) {
+        folder().write(name, SamplePdf::equalPages(1));
+        ASSERT_TRUE(isSilentSuccess(run({"-o", "out.tif", folder().path(name)}))) << name;
+        EXPECT_EQ(pages().size(), 1U) << name;
+    }
+}
+
+TEST_F(SeveralNames, OfFilesOfGhostscriptAreTakenAsTheyAreWithASuffix)
+{
+    folder().write("Fontmap.pdf", SamplePdf::equalPages(1));
+    ASSERT_TRUE(isSilentSuccess(run({"-o", "out.tif", "Fontmap.pdf"})));
+    EXPECT_EQ(pages().size(), 1U);
+}
+
 TEST_F(SeveralNames, OfCoverPagesAreTakenAsTheyAre)
 {
     folder().write("-style", "<html>Cover</html>");
