@@ -15,7 +15,7 @@ from morvaltide_companions import tiff
 
 support.need("tiffcp", "libtiff-tools")
 PAPER, *CHOSEN = sys.argv[1:]
-LINES = 150
+LINES = 100
 # The text begins below the second rule of a page: that of the head.
 HEIGHTS = {"a4": 297 / 25.4, "letter": 11, "legal": 14}
 
