@@ -77,13 +77,12 @@ def _bold(text):
 
 def split(pages, headings, title, lines):
     """Divides the lines among the cover page and as many further pages as they
-    take; the first list may be empty. Every line is on one page."""
+    take: yields those of each page. Every line is on one page."""
     taken = pages.fitting(cover_head(title, headings, 999), lines) if lines else 0
-    parts = [lines[:taken]]
-    rest = lines[taken:]
+    yield lines[:taken]
     head = further_head(dict(headings).get("Subject", ""), 999, 999)
-    while rest:
-        taken = max(1, pages.fitting(head, rest))
-        parts.append(rest[:taken])
-        rest = rest[taken:]
-    return parts
+    while taken < len(lines):
+        rest = lines[taken : taken + layout.MOST_ROWS]
+        count = max(1, pages.fitting(head, rest))
+        yield rest[:count]
+        taken += count

@@ -19,7 +19,7 @@ _MARGIN = int(MARGIN_INCHES * 96)
 # So many letters of the fixed-width font fit between the margins.
 COLUMNS = 84
 # More lines than the longest paper takes, so that a page is always filled.
-_MOST_ROWS = 110
+MOST_ROWS = 110
 
 RESOLUTIONS = {
     "standard": (204, 98),
@@ -119,7 +119,7 @@ class Pages:
 
     def fitting(self, head, rows):
         """How many of the lines fit below the head on one page."""
-        rows = rows[:_MOST_ROWS]
+        rows = rows[:MOST_ROWS]
         measured = self.render("measure", head, rows, marked=True)
         plain = os.path.join(self._work, "plain.tif")
         words = os.path.join(self._work, "words")

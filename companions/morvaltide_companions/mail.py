@@ -15,6 +15,11 @@ class Failed(Exception):
     """There is no fax. The text is one line for the user."""
 
 
+def _refuse_beyond(pages):
+    if pages > MAX_PAGES:
+        raise Failed(f"the fax would have more than {MAX_PAGES} pages")
+
+
 class Fax:
     """Makes the fax of one mail in a folder for temporary files.
 
@@ -47,10 +52,13 @@ class Fax:
         pages = layout.Pages(self._converter, self._tiffcp, self._work, options.paper,
                              options.resolution, options.compression)
         lines = cover.rows(headings, content.texts, self.unfaxed)
-        written = cover.split(pages, headings, options.title, lines)
-        total = len(written) + sum(map(tiff.page_count, faxed))
-        if total > MAX_PAGES:
-            raise Failed(f"the fax would have {total} pages, more than {MAX_PAGES}")
+        total = sum(map(tiff.page_count, faxed))
+        _refuse_beyond(total + len(lines) // layout.MOST_ROWS)
+        written = []
+        for rows in cover.split(pages, headings, options.title, lines):
+            written.append(rows)
+            total += 1
+            _refuse_beyond(total)
         subject = dict(headings).get("Subject", "")
         heads = [cover.cover_head(options.title, headings, total)]
         heads += [cover.further_head(subject, i + 1, total) for i in range(1, len(written))]

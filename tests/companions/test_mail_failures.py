@@ -24,6 +24,11 @@ class Failures(FaxCase):
         self.assertEqual((status, words), (
             1, "morvaltide-mail: can't write 'nowhere/fax.tif': No such file or directory\n"))
 
+    def test_a_text_for_too_many_pages_is_refused_at_once(self):
+        self.stand_in("tiffcp", "exit 9")
+        self.fax(b"Subject: s\n\n" + b"x\n" * 60000, expected=(
+            1, "morvaltide-mail: the fax would have more than 500 pages\n"))
+
     def test_a_missing_tool_is_asked_for_by_name(self):
         os.symlink(support.CONVERTER, os.path.join(self.bin, "morvaltide"))
         self.environment["PATH"] = self.bin
