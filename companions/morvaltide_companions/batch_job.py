@@ -109,7 +109,7 @@ def _finish(job, part, words, hold):
     if pages == 0:
         raise tiff.TiffError("no pages")
     durable.sync(part)
-    lines = [line for line in map(charsets.printable, words) if line.strip()]
+    lines = tools.remarks("\n".join(words))
     held = bool(hold and lines)
     target = job.output + ".held" if held else job.output
     size = os.path.getsize(part)

@@ -111,8 +111,9 @@ class Fax:
         ended = tools.run([self._converter, *arguments], SECONDS, self._words)
         if ended.status != 0 or ended.late:
             return self._without(document, ended)
-        if ended.words.strip():
-            self._note(document, "perhaps incomplete, " + ended.reason())
+        remarks = tools.remarks(ended.words)
+        if remarks:
+            self._note(document, "perhaps incomplete, " + remarks[-1])
         return result
 
     def _without(self, document, ended):

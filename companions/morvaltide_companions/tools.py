@@ -1,6 +1,7 @@
 """Other programs: where they are, and how they are run with a limit of time."""
 
 import os
+import re
 import shutil
 import signal
 import subprocess
@@ -18,6 +19,14 @@ _PACKAGES = {
 }
 
 
+# What libtiff says of the tags of programs that it does not know. It tells of no
+# damage to the picture, and comes with many a scanner's files.
+_OF_TAGS = re.compile(
+    r"Warning, (Unknown field with tag|ASCII value for tag|Incompatible type for)"
+    r"|; tag ignored\.?$|tags are not sorted in ascending order"
+)
+
+
 class Missing(Exception):
     """A program is not installed. The text is one line for the user."""
 
@@ -31,6 +40,13 @@ def find(name, beside):
     if found is None:
         raise Missing(f"can't find '{name}': install the Debian package {_PACKAGES[name]}")
     return found
+
+
+def remarks(words):
+    """The lines that a program said of a document although it was successful, and
+    that somebody should look at."""
+    lines = ("".join(filter(str.isprintable, line)).strip() for line in words.splitlines())
+    return [line for line in lines if line and not _OF_TAGS.search(line)]
 
 
 class Result:

@@ -6,6 +6,7 @@ sources (SOURCES). Without a morvaltide-prepare a stand-in takes its place.
 
 import os
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
@@ -57,6 +58,15 @@ def script(path, text):
 def sample(name):
     with open(os.path.join(SAMPLES, name), "rb") as file:
         return file.read()
+
+
+def tagged_tiff():
+    """A sample whose first page has a tag of its own, as those of many scanners."""
+    data = bytearray(sample("scan.tif"))
+    (position,) = struct.unpack_from("<I", data, 4)
+    (count,) = struct.unpack_from("<H", data, position)
+    struct.pack_into("<HHI", data, position + 2 + 12 * (count - 1), 65000, 3, 1)
+    return bytes(data)
 
 
 class Case(unittest.TestCase):

@@ -63,6 +63,7 @@ class Fax(FaxCase):
         message = mail()
         attach(message, "bad.pdf", data=b"%PDF-1.4 junk")
         attach(message, "cut.tif", data=support.sample("scan.tif")[:20000])
+        attach(message, "tagged.tif", data=support.tagged_tiff())
         status, words = self.run_program(
             os.path.join(self.bin, "morvaltide-mail"), "-m", "0.5", "-o", "fax.tif",
             stdin=message.as_bytes())

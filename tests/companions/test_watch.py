@@ -145,9 +145,11 @@ exec {support.CONVERTER} "$@"
 
     def test_remarks_stand_beside_the_fax(self):
         self.arrive("cut.tif", support.sample("scan.tif")[:20000])
+        # That a tag is unknown says nothing of the picture.
+        self.arrive("tagged.tif", support.tagged_tiff())
         (line,) = self.watch("fax")
         self.assertTrue(line.startswith("morvaltide-watch: remarks on 'cut.tif': TIFF"), line)
-        self.assertEqual(self.names("done"), ["cut.tif.tif", "cut.tif.tif.txt"])
+        self.assertEqual(self.names("done"), ["cut.tif.tif", "cut.tif.tif.txt", "tagged.tif.tif"])
 
     def test_mails(self):
         support.need("tiffcp", "libtiff-tools")
