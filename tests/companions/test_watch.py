@@ -2,6 +2,7 @@
 
 import os
 import signal
+import subprocess
 import unittest
 
 import support
@@ -166,6 +167,16 @@ exec {support.CONVERTER} "$@"
         self.assertTrue(line.startswith("morvaltide-watch: can't convert 'no document': "), line)
         self.assertEqual(self.names("done"), ["report.tif"])
         self.assertEqual(self.names("failed"), ["no document", "no document.txt"])
+
+    def test_two_runs_do_not_meet(self):
+        for i in range(6):
+            self.arrive(f"{i}.png")
+        program = os.path.join(support.COMPANIONS, "morvaltide-watch")
+        runs = [subprocess.Popen(["/usr/bin/python3", program, "fax"], cwd=self.folder,
+                                 env=self.environment) for _ in range(2)]
+        self.assertEqual([run.wait() for run in runs], [0, 0])
+        self.assertEqual(self.names("done"), [f"{i}.png.tif" for i in range(6)])
+        self.assertEqual(self.names("failed"), [])
 
     def test_there_is_no_folder(self):
         self.assertEqual(self.watch("nowhere", expected=1), [
