@@ -4,7 +4,7 @@ import codecs
 import os
 import unicodedata
 
-from . import postscript, tools
+from . import charsets, postscript, tools
 from .failure import Failure
 from .geometry import FaxPage
 
@@ -23,9 +23,6 @@ _MARKS = (
 )
 _JAPANESE_ESCAPES = (b"\x1b$B", b"\x1b$@", b"\x1b(J")
 
-# Of the characters of a Western European text few have an accent. With more
-# than this share of them, the text is in another script.
-_MOST_ACCENTS = 0.25
 _CONTROLS = {*range(0x20), 0x7F} - {*b"\t\n\v\f\r\x1b\b"}
 
 
@@ -51,7 +48,7 @@ def _decoded_as_is(data: bytes) -> str:
     try:
         return data.decode("utf-8")
     except UnicodeDecodeError:
-        return _western(data)
+        return _guessed(data)
 
 
 def _strictly(data: bytes, codec: str) -> str:
@@ -70,11 +67,11 @@ def _without_mark(data: bytes) -> str:
     raise Failure(_UNKNOWN_DATA)
 
 
-def _western(data: bytes) -> str:
-    accents = sum(1 for byte in data if byte >= 0x80)
-    if accents > _MOST_ACCENTS * sum(1 for byte in data if byte > 0x20):
+def _guessed(data: bytes) -> str:
+    text = charsets.guessed(data)
+    if not text:
         raise Failure(_UNKNOWN_CODE)
-    return _strictly(data, "cp1252")
+    return text
 
 
 def prepare(source: str, folder: str, page: FaxPage) -> str:

@@ -3,10 +3,14 @@
 import os
 import pathlib
 import stat
+import sys
 import unittest
 import zipfile
 
 import support
+
+sys.path.insert(0, str(support.SOURCES / "companions"))
+from morvaltide_prepare import charsets  # noqa: E402
 
 support.need("gs", "qpdf", "paps", "fc-list", "tiffcp")
 
@@ -89,12 +93,46 @@ class Text(support.CompanionTest):
         self.assertEqual(self.rows(other), self.rows(plain))
 
     def test_unknown_encoding_is_refused(self):
-        pathlib.Path("text").write_bytes("Это письмо на русском языке".encode("koi8-r"))
+        pathlib.Path("text").write_bytes("เรียนท่าน ขอแจ้งใบแจ้งหนี้".encode("tis_620"))
         self.assertEqual(self.refused("text"),
                          "a text in an unknown encoding cannot be faxed (UTF-8 can)")
 
     def test_paper(self):
         self.assertEqual(self.pages_of(b"x\n", options=("-pletter",))[0].height, 2156)
+
+
+class Charsets(unittest.TestCase):
+    """The encoding is guessed right, or not at all."""
+
+    TEXTS = (
+        ("Grüße aus Köln, 5 €. „Schöne Größe“, Füße; 20 °C ± 2, 5 m²", ("cp1252",)),
+        ("À l'été, l'élève créée déjà où naïf; «Être ou ne pas être».", ("cp1252", "latin-1")),
+        ("Уважаемые господа, настоящим сообщаем, что счёт 5 оплачен.", ("cp1251", "koi8_r", "iso8859_5")),
+        ("Invoice 5: Оплата по счёту за ноябрь, thank you very much indeed", ("cp1251", "koi8_r")),
+        ("Αγαπητοί κύριοι, σας ενημερώνουμε ότι το τιμολόγιο πληρώθηκε.", ("cp1253",)),
+        ("拝啓　時下ますますご清栄のこととお慶び申し上げます。請求書を送付いたします。", ("euc_jp", "cp932")),
+        ("안녕하십니까. 청구서를 보내 드리오니 확인하여 주시기 바랍니다.", ("euc_kr",)),
+        ("尊敬的先生：您好！附件是本月的发票，请查收。如有问题，请随时与我们联系。", ("gb18030",)),
+        ("敬啟者：您好！附件是本月的發票，請查收。如有問題，請隨時與我們聯絡。", ("big5",)),
+    )
+    UNCLEAR = (
+        ("Zażółć gęślą jaźń, dziękujemy za płatność", ("cp1250", "iso8859_2")),
+        ("Уважаемые господа, настоящим сообщаем", ("cp866",)),
+        ("שלום רב, מצורפת חשבונית על ההזמנה", ("cp1255",)),
+        ("the ship 海洋 in port", ("gb18030",)),
+    )
+
+    def test_clear_ones(self):
+        for text, codecs in self.TEXTS:
+            for codec in codecs:
+                with self.subTest(codec=codec):
+                    self.assertEqual(charsets.guessed(text.encode(codec)), text)
+
+    def test_unclear_ones(self):
+        for text, codecs in self.UNCLEAR:
+            for codec in codecs:
+                with self.subTest(codec=codec):
+                    self.assertEqual(charsets.guessed(text.encode(codec)), "")
 
 
 class PostScript(support.CompanionTest):
