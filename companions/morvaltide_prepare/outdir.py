@@ -39,15 +39,16 @@ class OutFolder:
     def take(self, files: list) -> None:
         """Copies `files` into the folder under numbers that keep their order."""
         digits = max(4, len(str(len(files))))
-        hidden, named = [], []
+        hidden, names, named = [], [], []
         try:
             for number, file in enumerate(files, start=1):
                 name = f"{number:0{digits}}{os.path.splitext(file)[1]}"
                 part = os.path.join(self._path, f".{name}.{os.getpid()}")
                 hidden.append(part)
+                names.append(os.path.join(self._path, name))
                 _copy(file, part)
-                named.append(os.path.join(self._path, name))
-            for part, name in zip(hidden, named):
+            for part, name in zip(hidden, names):
+                named.append(name)
                 os.rename(part, name)
         except BaseException:
             for path in hidden + named:

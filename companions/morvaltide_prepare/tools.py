@@ -22,8 +22,8 @@ LONGEST_REMARK = 150  # characters of what a program said
 # The signals that ask the program to end.
 INTERRUPTS = {signal.SIGINT, signal.SIGTERM, signal.SIGHUP}
 
-# They would change what the programs do behind our back.
-_UNWANTED_VARIABLES = ("GS_", "MAGICK_", "QPDF_", "JPEGMEM", "PAPSRC")
+# They would change what Ghostscript is told to do.
+_UNWANTED_VARIABLES = {"GS_OPTIONS", "GS_DEVICE"}
 
 _PR_SET_PDEATHSIG = 1
 _libc = ctypes.CDLL(None)
@@ -57,7 +57,7 @@ def run(command: list, folder: str, output: str = "", memory: int = MEMORY_LIMIT
     the time limit is a Failure.
     """
     environment = {name: value for name, value in os.environ.items()
-                   if not name.startswith(_UNWANTED_VARIABLES)}
+                   if name not in _UNWANTED_VARIABLES}
     environment |= {"HOME": folder, "TMPDIR": folder, "LC_ALL": "C.UTF-8", "OMP_NUM_THREADS": "1"}
     log = os.path.join(folder, "log")
     open(log, "wb").close()
