@@ -13,7 +13,7 @@ QVariant HtmlDocument::loadResource(int type, const QUrl& name)
         return QTextDocument::loadResource(type, name);
     }
     // As any other resource the picture comes as bytes.
-    const QVariant resource = QTextDocument::loadResource(HtmlResource, name);
+    QVariant resource = QTextDocument::loadResource(HtmlResource, name);
     QByteArray bytes = resource.toByteArray();
     QBuffer device(&bytes);
     device.open(QIODevice::ReadOnly);
