@@ -2,6 +2,8 @@
 
 #include "fax/FaxOutputWriter.h"
 #include "fax/output/FaxTiffWriter.h"
+#include "fence/InterpreterLocation.h"
+#include "fence/ParentFence.h"
 #include "files/FileName.h"
 #include "files/OutputFileGuard.h"
 
@@ -11,10 +13,14 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 
 #include <sys/stat.h>
 
 namespace {
+
+// The only program that the conversion starts.
+const QString interpreter = QStringLiteral("gs");
 
 bool isFile(const char* fileName, const struct stat& file)
 {
@@ -54,6 +60,10 @@ bool FaxWriter::write(const std::string& outputFile) const
         return false;
     }
     guard.opened(tiffWriter.fileDescriptor());
+    std::optional<ParentFence> fence;
+    if (m_isFenced) {
+        fence.emplace(InterpreterLocation(interpreter), outputFile);
+    }
 
     if (!writePages(tiffWriter)) {
         return false;

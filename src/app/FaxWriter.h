@@ -22,6 +22,11 @@ public:
 
     void setFiles(const std::vector<std::string>& fileNames);
 
+    /// Has write() put a fence around the whole process once the output is open,
+    /// for good: see ParentFence. To be left out where the process goes on to do
+    /// something else.
+    void fenceProcess() { m_isFenced = true; }
+
     /// True if the output file was written completely. False without a message
     /// if the name is empty or if there are no input files.
     bool write(const std::string& outputFile) const;
@@ -33,4 +38,5 @@ private:
     FaxConfiguration m_configuration;
     std::string m_coverPage;
     std::vector<std::string> m_files;
+    bool m_isFenced = false;
 };

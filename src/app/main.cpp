@@ -59,6 +59,9 @@ int main(int argc, char** argv)
         FaxWriter writer(configurationFrom(options));
         writer.setCoverPage(options.coverPage());
         writer.setFiles(options.files());
+#ifdef MORVALTIDE_FENCE
+        writer.fenceProcess();
+#endif
         return writer.write(options.outputFile()) ? EXIT_SUCCESS : EXIT_FAILURE;
     } catch (const OptionsApplicationExit&) {
         if (!StandardStreams::flushOutput()) {

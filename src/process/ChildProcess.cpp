@@ -1,5 +1,9 @@
 #include "process/ChildProcess.h"
 
+#include "fence/ChildFence.h"
+#include "fence/Descriptors.h"
+#include "process/FencedDocument.h"
+
 #include <csignal>
 #include <cstdlib>
 
@@ -13,6 +17,9 @@ ChildProcess::ChildProcess(ProcessChannelMode channelMode)
 {
     sigprocmask(SIG_BLOCK, nullptr, &m_signalMask);
     setProcessChannelMode(channelMode);
+    if (const FencedDocument* document = FencedDocument::current()) {
+        m_fence = document->makeFence();
+    }
 }
 
 ChildProcess::~ChildProcess()
@@ -20,6 +27,11 @@ ChildProcess::~ChildProcess()
     // QProcess would go on reading, and without the memory to do so, throw out
     // of its destructor.
     closeReadChannel(QProcess::StandardOutput);
+    if (state() != QProcess::NotRunning) {
+        // Its temporary files are removed next.
+        kill();
+        waitForFinished();
+    }
 }
 
 // Runs in the child between fork and exec: async-signal-safe calls only.
@@ -33,5 +45,9 @@ void ChildProcess::setupChildProcess()
     }
     if (m_hasPipe) {
         fcntl(STDOUT_FILENO, F_SETPIPE_SZ, pipeBytes);
+    }
+    Descriptors::closeOthersOnExec();
+    if (m_fence) {
+        m_fence->enter();
     }
 }

@@ -3,9 +3,14 @@
 #include <QProcess>
 
 #include <csignal>
+#include <memory>
 
-/// A child that does not outlive this program, however the program ends. The
-/// signals that it has blocked are those that were blocked when this was made.
+class ChildFence;
+
+/// A child that does not outlive this program, however the program ends. It gets
+/// no open file but the standard streams, and a fence if there is a
+/// FencedDocument when it is made. The signals that it has blocked are those
+/// that were blocked then.
 class ChildProcess final : public QProcess
 {
 public:
@@ -25,4 +30,5 @@ private:
     qint64 m_parentPid;
     bool m_hasPipe; // for its standard output
     sigset_t m_signalMask = {};
+    std::unique_ptr<ChildFence> m_fence; // null for none
 };

@@ -2,6 +2,7 @@
 
 #include "app/settings/RenderSize.h"
 #include "process/EnvironmentChange.h"
+#include "process/FencedDocument.h"
 #include "process/ProcessWrapper.h"
 #include "process/RunningProcess.h"
 #include "render/pdf/GhostScriptFileName.h"
@@ -90,6 +91,7 @@ QByteArray GhostScriptCommand::query(const QString& postScript) const
                                    QStringLiteral("-c"),
                                    postScript.arg(GhostScriptFileName(m_fileName).argument())};
     QByteArray answer;
+    const FencedDocument document(program(), m_fileName);
     ProcessWrapper::executeProcess(program(), arguments, &answer);
     return answer;
 }
@@ -127,6 +129,7 @@ std::unique_ptr<RunningProcess> GhostScriptCommand::startPages(unsigned long fir
         arguments << QStringLiteral("-g%1x%2").arg(size.size.width()).arg(size.size.height());
     }
     arguments << QStringLiteral("-sOutputFile=-") << GhostScriptFileName(m_fileName).argument();
+    const FencedDocument document(program(), m_fileName);
     const EnvironmentChange options(optionsVariable, renderingOptions());
     return options.isInForce() ? std::make_unique<RunningProcess>(program(), arguments) : nullptr;
 }

@@ -1,0 +1,58 @@
+#include "fence/FileAccessRules.h"
+
+#include "fence/LandlockInterface.h"
+
+using namespace LandlockInterface;
+
+namespace {
+
+constexpr std::uint64_t allRights = (ioctlDevice << 1) - 1;
+constexpr std::uint64_t reading = readFile | readFolder;
+constexpr std::uint64_t changingFiles = reading | writeFile | truncateFile | makeFile | removeFile;
+
+} // namespace
+
+FileAccessRules::FileAccessRules(std::uint64_t unrestricted)
+    : m_restricted(allRights & ~unrestricted)
+{
+}
+
+void FileAccessRules::allowReading(const std::string& path)
+{
+    allow(path, reading);
+}
+
+void FileAccessRules::allowReading(const std::vector<std::string>& paths)
+{
+    for (const std::string& path : paths) {
+        allowReading(path);
+    }
+}
+
+void FileAccessRules::allowExecuting(const std::string& path)
+{
+    // The kernel opens for reading what it executes.
+    allow(path, execute | readFile);
+}
+
+void FileAccessRules::allowChangingFiles(const std::string& folder)
+{
+    allow(folder, changingFiles);
+}
+
+void FileAccessRules::allowChangingFolders(const std::string& folder)
+{
+    allow(folder, changingFiles | makeFolder | removeFolder);
+}
+
+void FileAccessRules::allowRemovingFolders(const std::string& folder)
+{
+    allow(folder, removeFolder);
+}
+
+void FileAccessRules::allow(const std::string& path, std::uint64_t rights)
+{
+    if (!path.empty() && (rights & m_restricted) != 0) {
+        m_rules.push_back({path, rights & m_restricted});
+    }
+}

@@ -1,0 +1,100 @@
+#include "fence/ParentFence.h"
+
+#include "fence/FileAccessRules.h"
+#include "fence/FontFolders.h"
+#include "fence/InterpreterLocation.h"
+#include "fence/SystemCallFilter.h"
+
+#include <filesystem>
+#include <vector>
+
+#include <sys/prctl.h>
+
+namespace {
+
+// TMPDIR: the folders of children are made inside the one for all of them.
+const char* const placeVariable = PrivateFolder::variables[0];
+
+constexpr std::uint64_t reading = LandlockInterface::readFile | LandlockInterface::readFolder;
+
+bool isBelow(const std::string& path, const std::string& folder)
+{
+    return path.compare(0, folder.size(), folder) == 0;
+}
+
+// The folder of the output and, where the name is a link, of the file behind
+// it. None for devices, and for the system's own links to what a process has
+// open, such as /dev/stdout: nothing is ever removed there.
+std::vector<std::string> outputFolders(const std::string& outputFile)
+{
+    namespace fs = std::filesystem;
+    std::error_code error;
+    std::vector<std::string> folders;
+    if (!fs::is_regular_file(outputFile, error)) {
+        return folders;
+    }
+    for (const fs::path& file :
+         {fs::absolute(outputFile, error), fs::canonical(outputFile, error)}) {
+        const std::string folder = fs::canonical(file.parent_path(), error).string() + '/';
+        if (!error && !isBelow(folder, "/dev/") && !isBelow(folder, "/proc/")) {
+            folders.push_back(folder);
+        }
+    }
+    return folders;
+}
+
+} // namespace
+
+ParentFence::ParentFence(const InterpreterLocation& interpreter, const std::string& outputFile,
+                         int newestAbi)
+{
+    const bool isWrapper = interpreter.isWrapper();
+    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    if (!isWrapper) {
+        useTemporaryFolder();
+        restrictFiles(interpreter, outputFile, newestAbi);
+    }
+    (isWrapper ? SystemCallFilter::forWrapper() : SystemCallFilter::forConverter()).install();
+}
+
+ParentFence::~ParentFence()
+{
+    if (!m_temporaryFolder) {
+        return;
+    }
+    if (m_placeBefore.isNull()) {
+        qunsetenv(placeVariable);
+    } else {
+        qputenv(placeVariable, m_placeBefore);
+    }
+}
+
+void ParentFence::useTemporaryFolder()
+{
+    auto folder = std::make_unique<PrivateFolder>();
+    if (!folder->path().empty()) {
+        m_temporaryFolder = std::move(folder);
+        m_placeBefore = qgetenv(placeVariable);
+        qputenv(placeVariable, QByteArray::fromStdString(m_temporaryFolder->path()));
+    }
+}
+
+void ParentFence::restrictFiles(const InterpreterLocation& interpreter,
+                                const std::string& outputFile, int newestAbi) const
+{
+    FileAccessRules rules(reading);
+    rules.allowExecuting(interpreter.path());
+    rules.allowExecuting(interpreter.loader());
+    for (const std::string& folder : outputFolders(outputFile)) {
+        rules.allowChangingFiles(folder);
+    }
+    rules.allowChangingFolders(FontFolders::userCache());
+    rules.allowChangingFolders("/var/cache/fontconfig");
+    rules.allowChangingFiles("/dev/null");
+    if (m_temporaryFolder) {
+        rules.allowChangingFolders(m_temporaryFolder->path());
+        rules.allowRemovingFolders(
+            std::filesystem::path(m_temporaryFolder->path()).parent_path().string());
+    }
+    LandlockRuleset(rules, newestAbi).restrictSelf();
+}

@@ -1,0 +1,210 @@
+#include "fence/PrivateFolder.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+// A lock-free atomic may be read in a signal handler.
+std::atomic<PrivateFolder*> newest{nullptr};
+static_assert(std::atomic<PrivateFolder*>::is_always_lock_free);
+
+// Those that end a program and can be caught.
+constexpr std::array<int, 20> signalNumbers = {
+    SIGHUP,  SIGINT,  SIGQUIT, SIGILL,  SIGTRAP, SIGABRT,   SIGBUS,  SIGFPE,  SIGUSR1, SIGSEGV,
+    SIGUSR2, SIGPIPE, SIGALRM, SIGTERM, SIGXCPU, SIGXFSZ, SIGVTALRM, SIGPROF, SIGPOLL, SIGSYS};
+
+std::array<struct sigaction, signalNumbers.size()> actionsBefore = {};
+
+/// Holds signals back, so that a handler finds the list whole.
+class HeldSignals
+{
+public:
+    HeldSignals()
+    {
+        sigset_t all;
+        sigfillset(&all);
+        sigprocmask(SIG_BLOCK, &all, &m_before);
+    }
+    ~HeldSignals() { sigprocmask(SIG_SETMASK, &m_before, nullptr); }
+    HeldSignals(const HeldSignals&) = delete;
+    HeldSignals& operator=(const HeldSignals&) = delete;
+
+private:
+    sigset_t m_before = {};
+};
+
+std::string resolved(const std::string& path)
+{
+    const std::unique_ptr<char, decltype(&std::free)> result(realpath(path.c_str(), nullptr),
+                                                             &std::free);
+    return result ? std::string(result.get()) : std::string();
+}
+
+std::string placeForFolders()
+{
+    for (const char* variable : PrivateFolder::variables) {
+        if (const char* place = std::getenv(variable)) {
+            return resolved(place);
+        }
+    }
+    return resolved("/tmp");
+}
+
+// What the system call fills in; glibc's own way to it allocates.
+struct KernelEntry
+{
+    std::uint64_t inode;
+    std::int64_t offset;
+    std::uint16_t size;
+    std::uint8_t type;
+    char name[1];
+};
+
+// A program within the fence can make no folders in its own. Without the fence
+// it could, but these stay if they are deeper than that.
+constexpr int deepestFolder = 4;
+
+void empty(int folder, int depth);
+
+void removeEntry(int folder, const char* name, int depth)
+{
+    if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0 ||
+        unlinkat(folder, name, 0) == 0) {
+        return;
+    }
+    const int inner = openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (inner >= 0) {
+        if (depth > 0) {
+            empty(inner, depth - 1);
+        }
+        close(inner);
+        unlinkat(folder, name, AT_REMOVEDIR);
+    }
+}
+
+// Async-signal-safe.
+void empty(int folder, int depth)
+{
+    constexpr std::size_t bufferSize = 4096;
+    alignas(KernelEntry) char buffer[bufferSize];
+    for (;;) {
+        const long size = syscall(SYS_getdents64, folder, buffer, bufferSize);
+        if (size <= 0) {
+            return;
+        }
+        for (long position = 0; position < size;) {
+            std::uint16_t entrySize = 0;
+            std::memcpy(&entrySize, buffer + position + offsetof(KernelEntry, size),
+                        sizeof entrySize);
+            removeEntry(folder, buffer + position + offsetof(KernelEntry, name), depth);
+            position += entrySize;
+        }
+    }
+}
+
+} // namespace
+
+PrivateFolder::PrivateFolder() : m_process(getpid())
+{
+    const std::string place = placeForFolders();
+    std::string path = place + "/morvaltide-XXXXXX";
+    const HeldSignals held;
+    if (place.empty() || mkdtemp(path.data()) == nullptr) {
+        return;
+    }
+    m_path = path;
+    if (newest.load() == nullptr) {
+        installHandlers();
+    }
+    m_older = newest.load();
+    newest = this;
+}
+
+PrivateFolder::~PrivateFolder()
+{
+    if (m_path.empty()) {
+        return;
+    }
+    const HeldSignals held;
+    remove();
+    if (newest.load() == this) {
+        newest = m_older;
+    } else {
+        PrivateFolder* younger = newest.load();
+        while (younger->m_older != this) {
+            younger = younger->m_older;
+        }
+        younger->m_older = m_older;
+    }
+    if (newest.load() == nullptr) {
+        restoreHandlers();
+    }
+}
+
+void PrivateFolder::handleSignal(int number)
+{
+    const int errnoBefore = errno;
+    for (const PrivateFolder* folder = newest.load(); folder != nullptr;
+         folder = folder->m_older) {
+        // A child between fork and exec still has this handler.
+        if (folder->m_process == getpid()) {
+            folder->remove();
+        }
+    }
+    for (std::size_t i = 0; i < signalNumbers.size(); ++i) {
+        if (signalNumbers[i] == number) {
+            sigaction(number, &actionsBefore[i], nullptr);
+        }
+    }
+    raise(number); // delivered when the handler returns
+    errno = errnoBefore;
+}
+
+void PrivateFolder::installHandlers()
+{
+    struct sigaction action = {};
+    action.sa_handler = handleSignal;
+    action.sa_flags = SA_ONSTACK; // where there is one
+    sigemptyset(&action.sa_mask);
+    for (std::size_t i = 0; i < signalNumbers.size(); ++i) {
+        sigaction(signalNumbers[i], nullptr, &actionsBefore[i]);
+        if (actionsBefore[i].sa_handler != SIG_IGN) {
+            sigaction(signalNumbers[i], &action, nullptr);
+        }
+    }
+}
+
+void PrivateFolder::restoreHandlers()
+{
+    for (std::size_t i = 0; i < signalNumbers.size(); ++i) {
+        sigaction(signalNumbers[i], &actionsBefore[i], nullptr);
+    }
+}
+
+// Async-signal-safe. A child that still runs may make a file meanwhile.
+void PrivateFolder::remove() const
+{
+    constexpr int attempts = 10;
+    for (int i = 0; i < attempts; ++i) {
+        const int folder = open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        if (folder >= 0) {
+            empty(folder, deepestFolder);
+            close(folder);
+        }
+        if (rmdir(m_path.c_str()) == 0 || errno != ENOTEMPTY) {
+            return;
+        }
+    }
+}
