@@ -15,6 +15,9 @@ bool isFor(const std::string& entry, const char* variable)
     return entry.compare(0, entry.find('='), variable) == 0;
 }
 
+// Those that use the temporary folder.
+int runCount = 0;
+
 } // namespace
 
 ChildFence::ChildFence(const InterpreterLocation& program,
@@ -23,9 +26,17 @@ ChildFence::ChildFence(const InterpreterLocation& program,
                                    : SystemCallFilter::forInterpreter())
 {
     if (!program.isWrapper()) {
-        m_temporaryFolder = std::make_unique<PrivateFolder>();
+        m_temporaryFolder = PrivateFolder::shared();
+        ++runCount;
         prepareRules(program, documents, newestAbi);
         prepareEnvironment();
+    }
+}
+
+ChildFence::~ChildFence()
+{
+    if (m_temporaryFolder && --runCount == 0) {
+        m_temporaryFolder->clear();
     }
 }
 

@@ -26,6 +26,12 @@ public:
     ChildFence(const InterpreterLocation& program, const std::vector<std::string>& documents,
                int newestAbi = LandlockInterface::newestAbi);
 
+    /// Removes the temporary files if no other run has any.
+    ~ChildFence();
+
+    ChildFence(const ChildFence&) = delete;
+    ChildFence& operator=(const ChildFence&) = delete;
+
     /// Puts the fence around the calling process: for the child between fork and
     /// exec. Async-signal-safe.
     void enter();
@@ -36,7 +42,7 @@ private:
     void prepareEnvironment();
 
     ProcessLimits m_limits;
-    std::unique_ptr<PrivateFolder> m_temporaryFolder; // null for a wrapper
+    std::shared_ptr<PrivateFolder> m_temporaryFolder; // null for a wrapper
     std::optional<LandlockRuleset> m_ruleset;         // none for a wrapper
     SystemCallFilter m_filter;
     std::vector<std::string> m_variables; // owns what m_environment points to

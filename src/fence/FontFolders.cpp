@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -46,6 +46,23 @@ std::string expanded(const std::string& name, const std::string& attributes,
     return name;
 }
 
+// There are dozens of files; streams would take most of the time.
+std::string contentOf(const std::string& path)
+{
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat info = {};
+    std::string text;
+    if (file >= 0 && fstat(file, &info) == 0 && S_ISREG(info.st_mode)) {
+        text.resize(static_cast<std::size_t>(info.st_size));
+        const ssize_t size = read(file, text.data(), text.size());
+        text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    }
+    if (file >= 0) {
+        close(file);
+    }
+    return text;
+}
+
 // Looks for the elements <dir>, <cachedir> and <include>. Those in comments are
 // found as well, which does no harm.
 class ConfigurationScan
@@ -82,8 +99,10 @@ private:
             return;
         }
         m_files.push_back(path);
-        std::ifstream file(path, std::ios::binary);
-        const std::string text{std::istreambuf_iterator<char>(file), {}};
+        const std::string text = contentOf(path);
+        if (text.find("dir") == std::string::npos && text.find("include") == std::string::npos) {
+            return;
+        }
         for (const std::string& name : elements(text, "dir", path, "XDG_DATA_HOME", "/.local/share")) {
             m_folders.push_back(name);
         }

@@ -12,9 +12,6 @@
 
 namespace {
 
-// TMPDIR: the folders of children are made inside the one for all of them.
-const char* const placeVariable = PrivateFolder::variables[0];
-
 constexpr std::uint64_t reading = LandlockInterface::readFile | LandlockInterface::readFolder;
 
 bool isBelow(const std::string& path, const std::string& folder)
@@ -51,32 +48,10 @@ ParentFence::ParentFence(const InterpreterLocation& interpreter, const std::stri
     const bool isWrapper = interpreter.isWrapper();
     prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     if (!isWrapper) {
-        useTemporaryFolder();
+        m_temporaryFolder = PrivateFolder::shared();
         restrictFiles(interpreter, outputFile, newestAbi);
     }
     (isWrapper ? SystemCallFilter::forWrapper() : SystemCallFilter::forConverter()).install();
-}
-
-ParentFence::~ParentFence()
-{
-    if (!m_temporaryFolder) {
-        return;
-    }
-    if (m_placeBefore.isNull()) {
-        qunsetenv(placeVariable);
-    } else {
-        qputenv(placeVariable, m_placeBefore);
-    }
-}
-
-void ParentFence::useTemporaryFolder()
-{
-    auto folder = std::make_unique<PrivateFolder>();
-    if (!folder->path().empty()) {
-        m_temporaryFolder = std::move(folder);
-        m_placeBefore = qgetenv(placeVariable);
-        qputenv(placeVariable, QByteArray::fromStdString(m_temporaryFolder->path()));
-    }
 }
 
 void ParentFence::restrictFiles(const InterpreterLocation& interpreter,
@@ -91,10 +66,8 @@ void ParentFence::restrictFiles(const InterpreterLocation& interpreter,
     rules.allowChangingFolders(FontFolders::userCache());
     rules.allowChangingFolders("/var/cache/fontconfig");
     rules.allowChangingFiles("/dev/null");
-    if (m_temporaryFolder) {
-        rules.allowChangingFolders(m_temporaryFolder->path());
-        rules.allowRemovingFolders(
-            std::filesystem::path(m_temporaryFolder->path()).parent_path().string());
-    }
+    const std::string& temporaryFolder = m_temporaryFolder->path();
+    rules.allowChangingFiles(temporaryFolder);
+    rules.allowRemovingFolders(std::filesystem::path(temporaryFolder).parent_path().string());
     LandlockRuleset(rules, newestAbi).restrictSelf();
 }

@@ -3,8 +3,6 @@
 #include "fence/LandlockRuleset.h"
 #include "fence/PrivateFolder.h"
 
-#include <QString>
-
 #include <memory>
 #include <string>
 
@@ -27,18 +25,18 @@ public:
     ParentFence(const InterpreterLocation& interpreter, const std::string& outputFile,
                 int newestAbi = LandlockInterface::newestAbi);
 
-    /// Removes the folder for temporary files, of which the fence cannot do
-    /// without while there are children to come.
-    ~ParentFence();
+    /// The folder for the temporary files of all children is removed, unless
+    /// one of them still runs. All else stays in force.
+    ~ParentFence() = default;
 
     ParentFence(const ParentFence&) = delete;
     ParentFence& operator=(const ParentFence&) = delete;
 
 private:
-    void useTemporaryFolder();
     void restrictFiles(const InterpreterLocation& interpreter, const std::string& outputFile,
                        int newestAbi) const;
 
-    std::unique_ptr<PrivateFolder> m_temporaryFolder; // null for a wrapper
-    QByteArray m_placeBefore; // the value of the variable; null if it was not set
+    // Made before there are rules for it, and kept for the children. Null for a
+    // wrapper.
+    std::shared_ptr<PrivateFolder> m_temporaryFolder;
 };

@@ -16,9 +16,10 @@
 
 namespace {
 
-// A lock-free atomic may be read in a signal handler.
-std::atomic<PrivateFolder*> newest{nullptr};
-static_assert(std::atomic<PrivateFolder*>::is_always_lock_free);
+// The folder that the signal handler acts for. A lock-free atomic may be read in
+// a handler.
+std::atomic<const PrivateFolder*> activeFolder{nullptr};
+static_assert(std::atomic<const PrivateFolder*>::is_always_lock_free);
 
 // Those that end a program and can be caught.
 constexpr std::array<int, 20> signalNumbers = {
@@ -27,7 +28,7 @@ constexpr std::array<int, 20> signalNumbers = {
 
 std::array<struct sigaction, signalNumbers.size()> actionsBefore = {};
 
-/// Holds signals back, so that a handler finds the list whole.
+/// Holds signals back, so that no folder is missed by the handler.
 class HeldSignals
 {
 public:
@@ -116,52 +117,46 @@ void empty(int folder, int depth)
 
 } // namespace
 
+std::shared_ptr<PrivateFolder> PrivateFolder::shared()
+{
+    static std::weak_ptr<PrivateFolder> existing;
+    std::shared_ptr<PrivateFolder> folder = existing.lock();
+    if (!folder) {
+        folder.reset(new PrivateFolder);
+        existing = folder;
+    }
+    return folder;
+}
+
 PrivateFolder::PrivateFolder() : m_process(getpid())
 {
     const std::string place = placeForFolders();
     std::string path = place + "/morvaltide-XXXXXX";
     const HeldSignals held;
-    if (place.empty() || mkdtemp(path.data()) == nullptr) {
-        return;
-    }
-    m_path = path;
-    if (newest.load() == nullptr) {
+    if (!place.empty() && mkdtemp(path.data()) != nullptr) {
+        m_path = path;
+        activeFolder = this;
         installHandlers();
     }
-    m_older = newest.load();
-    newest = this;
 }
 
 PrivateFolder::~PrivateFolder()
 {
-    if (m_path.empty()) {
-        return;
-    }
-    const HeldSignals held;
-    remove();
-    if (newest.load() == this) {
-        newest = m_older;
-    } else {
-        PrivateFolder* younger = newest.load();
-        while (younger->m_older != this) {
-            younger = younger->m_older;
-        }
-        younger->m_older = m_older;
-    }
-    if (newest.load() == nullptr) {
+    if (!m_path.empty() && m_process == getpid()) {
+        const HeldSignals held;
+        remove();
         restoreHandlers();
+        activeFolder = nullptr;
     }
 }
 
 void PrivateFolder::handleSignal(int number)
 {
     const int errnoBefore = errno;
-    for (const PrivateFolder* folder = newest.load(); folder != nullptr;
-         folder = folder->m_older) {
-        // A child between fork and exec still has this handler.
-        if (folder->m_process == getpid()) {
-            folder->remove();
-        }
+    const PrivateFolder* folder = activeFolder.load();
+    // A child between fork and exec still has this handler.
+    if (folder != nullptr && folder->m_process == getpid()) {
+        folder->remove();
     }
     for (std::size_t i = 0; i < signalNumbers.size(); ++i) {
         if (signalNumbers[i] == number) {
@@ -193,18 +188,20 @@ void PrivateFolder::restoreHandlers()
     }
 }
 
+void PrivateFolder::clear() const
+{
+    const int folder = open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (folder >= 0) {
+        empty(folder, deepestFolder);
+        close(folder);
+    }
+}
+
 // Async-signal-safe. A child that still runs may make a file meanwhile.
 void PrivateFolder::remove() const
 {
     constexpr int attempts = 10;
-    for (int i = 0; i < attempts; ++i) {
-        const int folder = open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-        if (folder >= 0) {
-            empty(folder, deepestFolder);
-            close(folder);
-        }
-        if (rmdir(m_path.c_str()) == 0 || errno != ENOTEMPTY) {
-            return;
-        }
+    for (int i = 0; i < attempts && rmdir(m_path.c_str()) != 0 && errno == ENOTEMPTY; ++i) {
+        clear();
     }
 }

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include <sys/types.h>
 
-/// A new folder for temporary files, which nobody else may enter.
+/// A new folder for temporary files, which nobody else may enter. At most one
+/// exists at a time.
 ///
 /// It is removed with all that is in it when it is destroyed and when a signal
 /// that can be caught ends the program; after that whatever else handled the
@@ -15,8 +17,9 @@ public:
     /// The variables that say where, the most important first; else it is /tmp.
     static constexpr const char* variables[] = {"TMPDIR", "TEMP"};
 
-    /// `variables` tell where it is made.
-    PrivateFolder();
+    /// The one that exists, or a new one. `variables` tell where it is made.
+    static std::shared_ptr<PrivateFolder> shared();
+
     ~PrivateFolder();
 
     PrivateFolder(const PrivateFolder&) = delete;
@@ -25,7 +28,12 @@ public:
     /// Absolute, without links; empty if it could not be made.
     const std::string& path() const { return m_path; }
 
+    /// Removes what is in it. Async-signal-safe.
+    void clear() const;
+
 private:
+    PrivateFolder();
+
     static void handleSignal(int number);
     static void installHandlers();
     static void restoreHandlers();
@@ -34,5 +42,4 @@ private:
 
     std::string m_path;
     pid_t m_process;
-    PrivateFolder* m_older = nullptr; // the list of those that exist
 };

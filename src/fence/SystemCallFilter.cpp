@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <iterator>
 
 #include <fcntl.h>
 #include <linux/audit.h>
@@ -30,6 +31,7 @@ constexpr std::uint16_t load = BPF_LD | BPF_W | BPF_ABS;
 constexpr std::uint16_t isEqual = BPF_JMP | BPF_JEQ | BPF_K;
 constexpr std::uint16_t isAtLeast = BPF_JMP | BPF_JGE | BPF_K;
 constexpr std::uint16_t hasBit = BPF_JMP | BPF_JSET | BPF_K;
+constexpr std::uint16_t skip = BPF_JMP | BPF_JA;
 constexpr std::uint16_t mask = BPF_ALU | BPF_AND | BPF_K;
 constexpr std::uint16_t finish = BPF_RET | BPF_K;
 
@@ -38,33 +40,66 @@ constexpr std::uint32_t failWith(int error)
     return SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(error);
 }
 
-// The lower half of an argument on these little-endian machines.
-constexpr std::uint32_t argumentOffset(unsigned index)
+constexpr sock_filter fails(int error)
 {
-    return static_cast<std::uint32_t>(offsetof(seccomp_data, args) + index * sizeof(std::uint64_t));
+    return {finish, 0, 0, failWith(error)};
 }
 
-constexpr std::uint32_t upperHalf = sizeof(std::uint32_t);
+constexpr sock_filter isAllowed = {finish, 0, 0, SECCOMP_RET_ALLOW};
+
+// The lower half of an argument on these little-endian machines.
+constexpr sock_filter loadArgument(unsigned index)
+{
+    return {load, 0, 0,
+            static_cast<std::uint32_t>(offsetof(seccomp_data, args) +
+                                       index * sizeof(std::uint64_t))};
+}
+
+constexpr sock_filter loadUpperHalf(unsigned index)
+{
+    sock_filter instruction = loadArgument(index);
+    instruction.k += static_cast<std::uint32_t>(sizeof(std::uint32_t));
+    return instruction;
+}
+
+// Stands for the number of the process until that is known.
+constexpr std::uint32_t ownProcess = 0xFFFFFFFF;
+
+// Each decision ends with a result. The numbers behind an operand say how many
+// instructions to skip if the comparison is true, and if it is false.
+
+std::vector<sock_filter> failsIfArgumentIs(unsigned index, const std::vector<std::uint32_t>& values)
+{
+    std::vector<sock_filter> result = {loadArgument(index)};
+    for (const std::uint32_t value : values) {
+        result.push_back({isEqual, 0, 1, value});
+        result.push_back(fails(EPERM));
+    }
+    result.push_back(isAllowed);
+    return result;
+}
+
+// Landlock asks for no right there before its ABI 3.
+std::vector<sock_filter> failsIfTruncatingWithoutWriting(unsigned flagsIndex)
+{
+    return {loadArgument(flagsIndex),
+            {mask, 0, 0, O_ACCMODE | O_TRUNC},
+            {isEqual, 0, 1, O_RDONLY | O_TRUNC},
+            fails(EPERM),
+            isAllowed};
+}
 
 } // namespace
 
 SystemCallFilter::SystemCallFilter()
 {
-    add(load, offsetof(seccomp_data, arch));
-    add(isEqual, architecture, 1, 0);
-    add(finish, failWith(ENOSYS));
-    add(load, offsetof(seccomp_data, nr));
-#if defined(__x86_64__)
-    add(isAtLeast, firstX32Call, 0, 1);
-    add(finish, failWith(ENOSYS));
-#endif
     denyKernelDoors();
 }
 
 SystemCallFilter SystemCallFilter::forWrapper()
 {
     SystemCallFilter filter;
-    filter.allowRest();
+    filter.assemble();
     return filter;
 }
 
@@ -73,7 +108,7 @@ SystemCallFilter SystemCallFilter::forConverter()
     SystemCallFilter filter;
     filter.denyChangesOutsideFiles();
     filter.denyGroupSignals();
-    filter.allowRest();
+    filter.assemble();
     return filter;
 }
 
@@ -83,14 +118,16 @@ SystemCallFilter SystemCallFilter::forInterpreter()
     filter.denyChangesOutsideFiles();
     filter.denyNewProcesses();
     filter.denyForeignSignals();
-    filter.allowRest();
+    filter.assemble();
     return filter;
 }
 
 void SystemCallFilter::allowSignalsTo(pid_t process)
 {
-    for (const std::size_t index : m_ownProcess) {
-        m_program[index].k = static_cast<std::uint32_t>(process);
+    for (sock_filter& instruction : m_program) {
+        if (instruction.code == isEqual && instruction.k == ownProcess) {
+            instruction.k = static_cast<std::uint32_t>(process);
+        }
     }
 }
 
@@ -108,100 +145,55 @@ bool SystemCallFilter::install() const
            syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, 0, &program) == 0;
 }
 
-// A jump skips that many of the following instructions.
-void SystemCallFilter::add(std::uint16_t code, std::uint32_t operand, std::uint8_t ifTrue,
-                           std::uint8_t ifFalse)
-{
-    m_program.push_back({code, ifTrue, ifFalse, operand});
-}
-
-void SystemCallFilter::deny(long call, int error)
-{
-    add(isEqual, static_cast<std::uint32_t>(call), 0, 1);
-    add(finish, failWith(error));
-}
-
-void SystemCallFilter::denyAll(const std::vector<long>& calls)
+void SystemCallFilter::deny(const std::vector<long>& calls, int error)
 {
     for (const long call : calls) {
-        deny(call, EPERM);
+        m_decisions[static_cast<std::uint32_t>(call)] = {fails(error)};
     }
-}
-
-void SystemCallFilter::denyArgument(long call, unsigned index, std::uint32_t value)
-{
-    add(isEqual, static_cast<std::uint32_t>(call), 0, 4);
-    add(load, argumentOffset(index));
-    add(isEqual, value, 0, 1);
-    add(finish, failWith(EPERM));
-    add(load, offsetof(seccomp_data, nr));
-}
-
-// Landlock asks for no right there before its ABI 3.
-void SystemCallFilter::denyTruncatingWithoutWriting(long call, unsigned index)
-{
-    add(isEqual, static_cast<std::uint32_t>(call), 0, 5);
-    add(load, argumentOffset(index));
-    add(mask, O_ACCMODE | O_TRUNC);
-    add(isEqual, O_RDONLY | O_TRUNC, 0, 1);
-    add(finish, failWith(EPERM));
-    add(load, offsetof(seccomp_data, nr));
 }
 
 void SystemCallFilter::denyKernelDoors()
 {
-    denyAll(SystemCallNumbers::kernelDoors());
-    denyArgument(SYS_ioctl, 1, TIOCSTI);
+    deny(SystemCallNumbers::kernelDoors(), EPERM);
     constexpr std::uint32_t consoleSelection = 0x541C; // TIOCLINUX
-    denyArgument(SYS_ioctl, 1, consoleSelection);
+    m_decisions[SYS_ioctl] = failsIfArgumentIs(1, {TIOCSTI, consoleSelection});
 }
 
 void SystemCallFilter::denyChangesOutsideFiles()
 {
-    denyAll(SystemCallNumbers::namespacesAndMounts());
-    denyAll(SystemCallNumbers::otherProcesses());
-    denyAll(SystemCallNumbers::sockets());
-    denyAll(SystemCallNumbers::fileAttributes());
+    deny(SystemCallNumbers::namespacesAndMounts(), EPERM);
+    deny(SystemCallNumbers::otherProcesses(), EPERM);
+    deny(SystemCallNumbers::sockets(), EPERM);
+    deny(SystemCallNumbers::fileAttributes(), EPERM);
 #ifdef SYS_open
-    denyTruncatingWithoutWriting(SYS_open, 1);
+    m_decisions[SYS_open] = failsIfTruncatingWithoutWriting(1);
 #endif
-    denyTruncatingWithoutWriting(SYS_openat, 2);
+    m_decisions[SYS_openat] = failsIfTruncatingWithoutWriting(2);
     // Its flags lie in memory, where no filter looks.
-    deny(SystemCallNumbers::openat2, ENOSYS);
+    deny({SystemCallNumbers::openat2}, ENOSYS);
 }
 
 void SystemCallFilter::denyNewProcesses()
 {
-    denyAll(SystemCallNumbers::newProcesses());
-    // The same for clone3, after which glibc tries clone.
-    deny(SystemCallNumbers::clone3, ENOSYS);
-    add(isEqual, SYS_clone, 0, 4);
-    add(load, argumentOffset(0));
-    add(hasBit, CLONE_THREAD, 1, 0);
-    add(finish, failWith(EPERM));
-    add(load, offsetof(seccomp_data, nr));
+    deny(SystemCallNumbers::newProcesses(), EPERM);
+    m_decisions[SYS_clone] = {
+        loadArgument(0), {hasBit, 1, 0, CLONE_THREAD}, fails(EPERM), isAllowed};
+    // After which glibc tries clone.
+    deny({SystemCallNumbers::clone3}, ENOSYS);
     // A child is killed when its parent ends, and stays within its limits.
-    denyAll(SystemCallNumbers::identityAndLimits());
-    denyArgument(SYS_prctl, 0, PR_SET_PDEATHSIG);
-    add(isEqual, SYS_prlimit64, 0, 6);
-    add(load, argumentOffset(2));
-    add(isEqual, 0, 0, 2);
-    add(load, argumentOffset(2) + upperHalf);
-    add(isEqual, 0, 1, 0);
-    add(finish, failWith(EPERM));
-    add(load, offsetof(seccomp_data, nr));
+    deny(SystemCallNumbers::identityAndLimits(), EPERM);
+    m_decisions[SYS_prctl] = failsIfArgumentIs(0, {PR_SET_PDEATHSIG});
+    // Asking for limits is allowed: the pointer to new ones is null.
+    m_decisions[SYS_prlimit64] = {loadArgument(2),      {isEqual, 0, 2, 0}, loadUpperHalf(2),
+                                  {isEqual, 1, 0, 0}, fails(EPERM),       isAllowed};
 }
 
 void SystemCallFilter::denyForeignSignals()
 {
-    denyAll(SystemCallNumbers::signals());
-    for (const long call : {SYS_kill, SYS_tgkill}) {
-        add(isEqual, static_cast<std::uint32_t>(call), 0, 4);
-        add(load, argumentOffset(0));
-        m_ownProcess.push_back(m_program.size());
-        add(isEqual, 0, 1, 0);
-        add(finish, failWith(EPERM));
-        add(load, offsetof(seccomp_data, nr));
+    deny(SystemCallNumbers::signals(), EPERM);
+    for (const std::uint32_t call : {SYS_kill, SYS_tgkill}) {
+        m_decisions[call] = {
+            loadArgument(0), {isEqual, 1, 0, ownProcess}, fails(EPERM), isAllowed};
     }
 }
 
@@ -209,15 +201,49 @@ void SystemCallFilter::denyForeignSignals()
 void SystemCallFilter::denyGroupSignals()
 {
     constexpr std::uint32_t firstNegative = 0x80000000;
-    add(isEqual, SYS_kill, 0, 5);
-    add(load, argumentOffset(0));
-    add(isEqual, 0, 1, 0);
-    add(isAtLeast, firstNegative, 0, 1);
-    add(finish, failWith(EPERM));
-    add(load, offsetof(seccomp_data, nr));
+    m_decisions[SYS_kill] = {loadArgument(0),
+                             {isEqual, 1, 0, 0},
+                             {isAtLeast, 0, 1, firstNegative},
+                             fails(EPERM),
+                             isAllowed};
 }
 
-void SystemCallFilter::allowRest()
+void SystemCallFilter::assemble()
 {
-    add(finish, SECCOMP_RET_ALLOW);
+    m_program = {{load, 0, 0, offsetof(seccomp_data, arch)},
+                 {isEqual, 1, 0, architecture},
+                 fails(ENOSYS),
+                 {load, 0, 0, offsetof(seccomp_data, nr)}};
+#if defined(__x86_64__)
+    m_program.push_back({isAtLeast, 0, 1, firstX32Call});
+    m_program.push_back(fails(ENOSYS));
+#endif
+    const Instructions decision = decisionBetween(0, m_decisions.size());
+    m_program.insert(m_program.end(), decision.begin(), decision.end());
+}
+
+// Halves the calls until few are left: the kernel tries each of its calls once
+// when the filter is put in force, so a long row of comparisons takes time.
+SystemCallFilter::Instructions SystemCallFilter::decisionBetween(std::size_t first,
+                                                                 std::size_t end) const
+{
+    constexpr std::size_t few = 4;
+    Instructions result;
+    if (end - first > few) {
+        const std::size_t middle = first + (end - first) / 2;
+        const Instructions lower = decisionBetween(first, middle);
+        const Instructions upper = decisionBetween(middle, end);
+        result = {{isAtLeast, 0, 1, std::next(m_decisions.begin(), static_cast<long>(middle))->first},
+                  {skip, 0, 0, static_cast<std::uint32_t>(lower.size())}};
+        result.insert(result.end(), lower.begin(), lower.end());
+        result.insert(result.end(), upper.begin(), upper.end());
+        return result;
+    }
+    for (std::size_t i = first; i < end; ++i) {
+        const auto& [call, decision] = *std::next(m_decisions.begin(), static_cast<long>(i));
+        result.push_back({isEqual, 0, static_cast<std::uint8_t>(decision.size()), call});
+        result.insert(result.end(), decision.begin(), decision.end());
+    }
+    result.push_back(isAllowed);
+    return result;
 }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <map>
 #include <vector>
 
 #include <linux/filter.h>
@@ -35,21 +37,20 @@ public:
     bool install() const;
 
 private:
+    using Instructions = std::vector<sock_filter>;
+
     SystemCallFilter();
 
-    void add(std::uint16_t code, std::uint32_t operand, std::uint8_t ifTrue = 0,
-             std::uint8_t ifFalse = 0);
-    void deny(long call, int error);
-    void denyAll(const std::vector<long>& calls);
-    void denyArgument(long call, unsigned index, std::uint32_t value);
-    void denyTruncatingWithoutWriting(long call, unsigned index);
+    void deny(const std::vector<long>& calls, int error);
     void denyKernelDoors();
     void denyChangesOutsideFiles();
     void denyNewProcesses();
     void denyForeignSignals();
     void denyGroupSignals();
-    void allowRest();
 
-    std::vector<sock_filter> m_program;
-    std::vector<std::size_t> m_ownProcess; // instructions that compare with it
+    void assemble();
+    Instructions decisionBetween(std::size_t first, std::size_t end) const;
+
+    std::map<std::uint32_t, Instructions> m_decisions; // for each call that is not simply allowed
+    Instructions m_program;
 };

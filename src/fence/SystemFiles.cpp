@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include <unistd.h>
+
 namespace {
 
 using Paths = std::vector<std::string>;
@@ -90,9 +92,13 @@ void addPaperOfUser(Paths& paths)
     }
 }
 
-} // namespace
+bool isBelow(const std::string& path, const std::string& folder)
+{
+    return path.size() > folder.size() && path[folder.size()] == '/' &&
+           path.compare(0, folder.size(), folder) == 0;
+}
 
-std::vector<std::string> SystemFiles::readable()
+Paths find()
 {
     Paths paths(std::begin(always), std::end(always));
     for (const Variable& variable : variables) {
@@ -102,7 +108,44 @@ std::vector<std::string> SystemFiles::readable()
     addPaperOfUser(paths);
     const Paths fonts = FontFolders::readable();
     paths.insert(paths.end(), fonts.begin(), fonts.end());
+
+    // Each rule costs a little whenever a file is opened.
     std::sort(paths.begin(), paths.end());
-    paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
-    return paths;
+    Paths result;
+    for (const std::string& path : paths) {
+        const auto contains = [&path](const std::string& other) {
+            return path == other || isBelow(path, other);
+        };
+        if (std::none_of(result.begin(), result.end(), contains) &&
+            access(path.c_str(), F_OK) == 0) {
+            result.push_back(path);
+        }
+    }
+    return result;
+}
+
+// All on which the answer depends but the files themselves.
+std::string question()
+{
+    std::string text;
+    for (const Variable& variable : variables) {
+        text += valueOf(variable.name) + '\0';
+    }
+    for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
+        text += valueOf(name) + '\0';
+    }
+    return text;
+}
+
+} // namespace
+
+const std::vector<std::string>& SystemFiles::readable()
+{
+    static std::string answered;
+    static Paths answer;
+    if (answer.empty() || answered != question()) {
+        answer = find();
+        answered = question();
+    }
+    return answer;
 }

@@ -8,6 +8,7 @@
 class SystemFiles
 {
 public:
-    /// They need not exist. Read from the environment as it is now.
-    static std::vector<std::string> readable();
+    /// Those that exist, without those below others. The files that say so are
+    /// read once, and anew when the environment has changed.
+    static const std::vector<std::string>& readable();
 };
