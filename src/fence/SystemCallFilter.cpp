@@ -191,7 +191,7 @@ void SystemCallFilter::denyNewProcesses()
 void SystemCallFilter::denyForeignSignals()
 {
     deny(SystemCallNumbers::signals(), EPERM);
-    for (const std::uint32_t call : {SYS_kill, SYS_tgkill}) {
+    for (const std::uint32_t call : {std::uint32_t{SYS_kill}, std::uint32_t{SYS_tgkill}}) {
         m_decisions[call] = {
             loadArgument(0), {isEqual, 1, 0, ownProcess}, fails(EPERM), isAllowed};
     }

@@ -1,0 +1,85 @@
+#include "fence/FontFolders.h"
+
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+class Fonts : public testing::Test
+{
+protected:
+    void TearDown() override
+    {
+        unsetenv("FONTCONFIG_FILE");
+        unsetenv("XDG_DATA_HOME");
+        unsetenv("XDG_CACHE_HOME");
+    }
+
+    void configure(const QByteArray& elements)
+    {
+        setenv("FONTCONFIG_FILE", m_folder.write("fonts.conf", elements).c_str(), 1);
+    }
+
+    static bool isReadable(const std::string& path)
+    {
+        const std::vector<std::string> paths = FontFolders::readable();
+        return std::find(paths.begin(), paths.end(), path) != paths.end();
+    }
+
+    TemporaryFolder m_folder;
+};
+
+TEST_F(Fonts, OfTheSystemAreReadable)
+{
+    EXPECT_TRUE(isReadable("/usr/share/fonts"));
+    EXPECT_TRUE(isReadable("/usr/local/share/fonts"));
+    EXPECT_TRUE(isReadable("/var/cache/fontconfig"));
+}
+
+TEST_F(Fonts, OfAConfigurationOfOnesOwnAreReadable)
+{
+    configure("<dir>/opt/fonts</dir>\n<cachedir>/opt/cache</cachedir>");
+    EXPECT_TRUE(isReadable("/opt/fonts"));
+    EXPECT_TRUE(isReadable("/opt/cache"));
+    EXPECT_FALSE(isReadable("/usr/share/fonts"));
+}
+
+TEST_F(Fonts, OfIncludedFilesAreReadable)
+{
+    m_folder.write("more.conf", "<dir>/opt/more</dir>");
+    configure("<include ignore_missing=\"yes\">more.conf</include>");
+    EXPECT_TRUE(isReadable("/opt/more"));
+}
+
+TEST_F(Fonts, OfFilesThatIncludeEachOtherAreFoundOnce)
+{
+    m_folder.write("more.conf", "<include>fonts.conf</include><dir>/opt/more</dir>");
+    configure("<include>more.conf</include>");
+    const std::vector<std::string> paths = FontFolders::readable();
+    EXPECT_EQ(std::count(paths.begin(), paths.end(), "/opt/more"), 1);
+}
+
+TEST_F(Fonts, OfTheUserAreWhereTheEnvironmentSays)
+{
+    setenv("XDG_DATA_HOME", "/opt/data", 1);
+    configure("<dir prefix=\"xdg\">fonts</dir>");
+    EXPECT_TRUE(isReadable("/opt/data/fonts"));
+}
+
+TEST_F(Fonts, OfAnUnfinishedConfigurationAreLeftOut)
+{
+    configure("<dir>/opt/fonts");
+    EXPECT_FALSE(isReadable("/opt/fonts"));
+}
+
+TEST_F(Fonts, HaveTheirCacheWhereTheEnvironmentSays)
+{
+    setenv("XDG_CACHE_HOME", "/opt/cache", 1);
+    EXPECT_EQ(FontFolders::userCache(), "/opt/cache/fontconfig");
+}
+
+} // namespace

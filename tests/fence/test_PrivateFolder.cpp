@@ -1,0 +1,141 @@
+#include "fence/PrivateFolder.h"
+
+#include "fence/Attempts.h"
+#include "files/OutputFileGuard.h"
+#include "support/PrintQt.h"
+#include "support/TemporaryFolder.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fstream>
+#include <ostream>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+class TemporaryPlace : public testing::Test
+{
+protected:
+    TemporaryPlace() { qputenv("TMPDIR", QFile::encodeName(m_place.qPath(QString()))); }
+    ~TemporaryPlace() override { qunsetenv("TMPDIR"); }
+
+    TemporaryFolder m_place;
+};
+
+TEST_F(TemporaryPlace, GetsAFolderThatNobodyElseMayEnter)
+{
+    const auto folder = PrivateFolder::shared();
+    struct stat info = {};
+    ASSERT_EQ(stat(folder->path().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777U, 0700U);
+    EXPECT_EQ(m_place.entries().size(), 1);
+}
+
+TEST_F(TemporaryPlace, GetsOneFolderForAll)
+{
+    const auto one = PrivateFolder::shared();
+    const auto other = PrivateFolder::shared();
+    EXPECT_EQ(one->path(), other->path());
+    EXPECT_EQ(m_place.entries().size(), 1);
+}
+
+TEST_F(TemporaryPlace, IsEmptyAfterwards)
+{
+    {
+        const auto folder = PrivateFolder::shared();
+        std::ofstream(folder->path() + "/file") << "content";
+        ASSERT_EQ(mkdir((folder->path() + "/folder").c_str(), 0700), 0);
+        std::ofstream(folder->path() + "/folder/file") << "content";
+    }
+    EXPECT_EQ(m_place.entries(), QStringList());
+}
+
+TEST_F(TemporaryPlace, KeepsWhatALinkLeadsTo)
+{
+    const TemporaryFolder other;
+    other.write("file", "content");
+    {
+        const auto folder = PrivateFolder::shared();
+        ASSERT_EQ(symlink(other.path("").c_str(), (folder->path() + "/link").c_str()), 0);
+    }
+    EXPECT_EQ(m_place.entries(), QStringList());
+    EXPECT_EQ(other.entries(), QStringList(QStringLiteral("file")));
+}
+
+TEST_F(TemporaryPlace, ThatDoesNotExistGivesNoFolder)
+{
+    qputenv("TMPDIR", "/nonexistent");
+    EXPECT_EQ(PrivateFolder::shared()->path(), "");
+}
+
+struct Row
+{
+    const char* name;
+    int signal;
+};
+
+void PrintTo(const Row& row, std::ostream* stream)
+{
+    *stream << row.name;
+}
+
+class EndingSignal : public TemporaryPlace, public testing::WithParamInterface<Row>
+{
+};
+
+TEST_P(EndingSignal, LeavesNeitherFolderNorOutput)
+{
+    const std::string output = m_place.path("out.tif");
+    const int status = Attempts::statusOf([&output] {
+        const rlimit noCore = {0, 0};
+        setrlimit(RLIMIT_CORE, &noCore);
+        signal(GetParam().signal, SIG_DFL); // the sanitizers have handlers
+        OutputFileGuard guard(output);
+        guard.opened(open(output.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+        const auto folder = PrivateFolder::shared();
+        std::ofstream(folder->path() + "/file") << "content";
+        raise(GetParam().signal);
+        return 0;
+    });
+    EXPECT_EQ(status, 128 + GetParam().signal);
+    EXPECT_EQ(m_place.entries(), QStringList());
+}
+
+const Row rows[] = {
+    {"Hangup", SIGHUP},         {"Interrupt", SIGINT},      {"Termination", SIGTERM},
+    {"BrokenPipe", SIGPIPE},    {"Abort", SIGABRT},         {"BusError", SIGBUS},
+    {"InvalidAccess", SIGSEGV}, {"ProcessorTime", SIGXCPU}, {"FileSize", SIGXFSZ},
+};
+
+INSTANTIATE_TEST_SUITE_P(PrivateFolder, EndingSignal, testing::ValuesIn(rows),
+                         [](const auto& test) { return std::string{test.param.name}; });
+
+TEST_F(TemporaryPlace, IsLeftAloneByASignalThatIsIgnored)
+{
+    const int status = Attempts::statusOf([] {
+        signal(SIGHUP, SIG_IGN);
+        const auto folder = PrivateFolder::shared();
+        raise(SIGHUP);
+        return access(folder->path().c_str(), F_OK);
+    });
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(TemporaryPlace, LosesTheHandlersWithTheFolder)
+{
+    struct sigaction before = {};
+    sigaction(SIGTERM, nullptr, &before);
+    PrivateFolder::shared();
+    struct sigaction after = {};
+    sigaction(SIGTERM, nullptr, &after);
+    EXPECT_EQ(after.sa_handler, before.sa_handler);
+}
+
+} // namespace

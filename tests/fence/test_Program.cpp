@@ -1,0 +1,98 @@
+#include "support/FakeGhostscript.h"
+#include "support/PrintQt.h"
+#include "support/ProgramRun.h"
+#include "support/SampleImages.h"
+#include "support/SamplePdf.h"
+#include "support/TemporaryFolder.h"
+#include "support/TiffFile.h"
+
+#include "fence/LandlockRuleset.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class FencedProgram : public testing::Test
+{
+protected:
+    // Of a picture and a document; another folder is for temporary files.
+    ProgramStart conversion() const
+    {
+        m_folder.write("in.png", SampleImages::pngFile(SampleImages::bilevel({20, 20})));
+        m_folder.write("in.pdf", SamplePdf::equalPages(2));
+        ProgramStart start;
+        start.program = MORVALTIDE_PROGRAM;
+        start.folder = m_folder.path("");
+        start.arguments = {"-o", "out.tif", "in.png", "in.pdf"};
+        start.environment["TMPDIR"] = m_other.path("");
+        return start;
+    }
+
+    TemporaryFolder m_folder;
+    TemporaryFolder m_other;
+};
+
+TEST_F(FencedProgram, LeavesNoTemporaryFiles)
+{
+    const ProgramResult result = runProgram(conversion());
+    EXPECT_EQ(result.exitStatus, 0) << result.error;
+    EXPECT_EQ(result.error, "");
+    EXPECT_EQ(m_other.entries(), QStringList());
+    EXPECT_EQ(readTiff(m_folder.path("out.tif")).size(), 3U);
+}
+
+TEST_F(FencedProgram, NeedsNoPlaceForTemporaryFiles)
+{
+    ProgramStart start = conversion();
+    start.environment["TMPDIR"] = "/nonexistent";
+    EXPECT_EQ(runProgram(start).exitStatus, 0);
+    EXPECT_EQ(readTiff(m_folder.path("out.tif")).size(), 3U);
+}
+
+#ifdef MORVALTIDE_FENCE
+
+// A preloaded library plays the decoder of the picture.
+class ConqueredDecoder : public FencedProgram
+{
+protected:
+    std::string reportOf(const char* attempt, const std::string& argument) const
+    {
+        ProgramStart start = conversion();
+        start.environment["LD_PRELOAD"] = MORVALTIDE_CONQUERED_DECODER;
+        start.environment["ATTEMPT"] = attempt;
+        start.environment["ARGUMENT"] = argument;
+        const ProgramResult result = runProgram(start);
+        EXPECT_EQ(result.exitStatus, 0) << result.error;
+        EXPECT_EQ(readTiff(m_folder.path("out.tif")).size(), 3U);
+        return result.error;
+    }
+};
+
+TEST_F(ConqueredDecoder, CannotWriteElsewhere)
+{
+    if (LandlockRuleset::kernelAbi() == 0) {
+        GTEST_SKIP() << "no Landlock here";
+    }
+    EXPECT_EQ(reportOf("createFile", m_other.path("new")), "failed\n");
+    EXPECT_EQ(reportOf("runShell", ""), "failed\n");
+}
+
+TEST_F(ConqueredDecoder, CannotSpeakWithAnybody)
+{
+    EXPECT_EQ(reportOf("makeSocketPair", ""), "failed\n");
+}
+
+TEST_F(ConqueredDecoder, CanWriteBesideTheOutput)
+{
+    EXPECT_EQ(reportOf("createFile", m_folder.path("new")), "succeeded\n");
+}
+
+TEST_F(ConqueredDecoder, CanWriteElsewhereIfGhostscriptIsAWrapper)
+{
+    const FakeGhostscript wrapper(FakeGhostscript::realGhostscript());
+    EXPECT_EQ(reportOf("createFile", m_other.path("new")), "succeeded\n");
+}
+
+#endif
+
+} // namespace
