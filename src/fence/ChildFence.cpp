@@ -1,5 +1,6 @@
 #include "fence/ChildFence.h"
 
+#include "fence/FencePermission.h"
 #include "fence/FileAccessRules.h"
 #include "fence/SystemFiles.h"
 
@@ -22,13 +23,16 @@ int runCount = 0;
 
 ChildFence::ChildFence(const InterpreterLocation& program,
                        const std::vector<std::string>& documents, int newestAbi)
-    : m_filter(program.isWrapper() ? SystemCallFilter::forWrapper()
+    : m_isGranted(FencePermission::isGranted()),
+      m_filter(program.isWrapper() ? SystemCallFilter::forWrapper()
                                    : SystemCallFilter::forInterpreter())
 {
     if (!program.isWrapper()) {
         m_temporaryFolder = PrivateFolder::shared();
         ++runCount;
-        prepareRules(program, documents, newestAbi);
+        if (m_isGranted) {
+            prepareRules(program, documents, newestAbi);
+        }
         prepareEnvironment();
     }
 }
@@ -43,12 +47,15 @@ ChildFence::~ChildFence()
 void ChildFence::enter()
 {
     m_limits.enter();
+    if (!m_environment.empty()) {
+        environ = m_environment.data();
+    }
+    if (!m_isGranted) {
+        return;
+    }
     prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     if (m_ruleset) {
         m_ruleset->restrictSelf();
-    }
-    if (!m_environment.empty()) {
-        environ = m_environment.data();
     }
     m_filter.allowSignalsTo(getpid());
     m_filter.install();
@@ -76,11 +83,10 @@ void ChildFence::prepareEnvironment()
         m_variables.emplace_back(*entry);
     }
     for (const char* variable : PrivateFolder::variables) {
-        m_variables.erase(std::remove_if(m_variables.begin(), m_variables.end(),
-                                         [variable](const std::string& entry) {
-                                             return isFor(entry, variable);
-                                         }),
-                          m_variables.end());
+        m_variables.erase(
+            std::remove_if(m_variables.begin(), m_variables.end(),
+                           [variable](const std::string& entry) { return isFor(entry, variable); }),
+            m_variables.end());
         m_variables.push_back(std::string(variable) + '=' + m_temporaryFolder->path());
     }
     for (std::string& entry : m_variables) {

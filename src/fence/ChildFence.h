@@ -37,10 +37,11 @@ public:
     void enter();
 
 private:
-    void prepareRules(const InterpreterLocation& program,
-                      const std::vector<std::string>& documents, int newestAbi);
+    void prepareRules(const InterpreterLocation& program, const std::vector<std::string>& documents,
+                      int newestAbi);
     void prepareEnvironment();
 
+    bool m_isGranted;
     ProcessLimits m_limits;
     std::shared_ptr<PrivateFolder> m_temporaryFolder; // null for a wrapper
     std::optional<LandlockRuleset> m_ruleset;         // none for a wrapper

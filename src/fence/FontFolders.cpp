@@ -103,7 +103,8 @@ private:
         if (text.find("dir") == std::string::npos && text.find("include") == std::string::npos) {
             return;
         }
-        for (const std::string& name : elements(text, "dir", path, "XDG_DATA_HOME", "/.local/share")) {
+        for (const std::string& name :
+             elements(text, "dir", path, "XDG_DATA_HOME", "/.local/share")) {
             m_folders.push_back(name);
         }
         for (const std::string& name :
@@ -166,9 +167,9 @@ std::vector<std::string> FontFolders::readable()
     paths.push_back(userCache());
     if (!home().empty()) {
         // Known to every version, whatever the configuration says.
-        paths.insert(paths.end(), {home() + "/.fonts", home() + "/.fonts.conf",
-                                   home() + "/.fontconfig", home() + "/.local/share/fonts",
-                                   home() + "/.config/fontconfig"});
+        paths.insert(paths.end(),
+                     {home() + "/.fonts", home() + "/.fonts.conf", home() + "/.fontconfig",
+                      home() + "/.local/share/fonts", home() + "/.config/fontconfig"});
     }
     paths.erase(std::remove(paths.begin(), paths.end(), std::string()), paths.end());
     return paths;

@@ -39,8 +39,7 @@ QString loaderOf(const QByteArray& start)
 {
     const auto header = recordAt<Elf64_Ehdr>(start, 0);
     for (quint64 i = 0; i < header.e_phnum; ++i) {
-        const auto segment =
-            recordAt<Elf64_Phdr>(start, header.e_phoff + i * sizeof(Elf64_Phdr));
+        const auto segment = recordAt<Elf64_Phdr>(start, header.e_phoff + i * sizeof(Elf64_Phdr));
         if (segment.p_type == PT_INTERP && segment.p_offset < startBytes) {
             return QFile::decodeName(start.mid(static_cast<int>(segment.p_offset)).constData());
         }

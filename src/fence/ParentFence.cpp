@@ -1,5 +1,6 @@
 #include "fence/ParentFence.h"
 
+#include "fence/FencePermission.h"
 #include "fence/FileAccessRules.h"
 #include "fence/FontFolders.h"
 #include "fence/InterpreterLocation.h"
@@ -45,6 +46,9 @@ std::vector<std::string> outputFolders(const std::string& outputFile)
 ParentFence::ParentFence(const InterpreterLocation& interpreter, const std::string& outputFile,
                          int newestAbi)
 {
+    if (!FencePermission::isGranted()) {
+        return;
+    }
     const bool isWrapper = interpreter.isWrapper();
     prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     if (!isWrapper) {

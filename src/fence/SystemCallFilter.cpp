@@ -50,9 +50,9 @@ constexpr sock_filter isAllowed = {finish, 0, 0, SECCOMP_RET_ALLOW};
 // The lower half of an argument on these little-endian machines.
 constexpr sock_filter loadArgument(unsigned index)
 {
-    return {load, 0, 0,
-            static_cast<std::uint32_t>(offsetof(seccomp_data, args) +
-                                       index * sizeof(std::uint64_t))};
+    return {
+        load, 0, 0,
+        static_cast<std::uint32_t>(offsetof(seccomp_data, args) + index * sizeof(std::uint64_t))};
 }
 
 constexpr sock_filter loadUpperHalf(unsigned index)
@@ -184,7 +184,7 @@ void SystemCallFilter::denyNewProcesses()
     deny(SystemCallNumbers::identityAndLimits(), EPERM);
     m_decisions[SYS_prctl] = failsIfArgumentIs(0, {PR_SET_PDEATHSIG});
     // Asking for limits is allowed: the pointer to new ones is null.
-    m_decisions[SYS_prlimit64] = {loadArgument(2),      {isEqual, 0, 2, 0}, loadUpperHalf(2),
+    m_decisions[SYS_prlimit64] = {loadArgument(2),    {isEqual, 0, 2, 0}, loadUpperHalf(2),
                                   {isEqual, 1, 0, 0}, fails(EPERM),       isAllowed};
 }
 
@@ -192,8 +192,7 @@ void SystemCallFilter::denyForeignSignals()
 {
     deny(SystemCallNumbers::signals(), EPERM);
     for (const std::uint32_t call : {std::uint32_t{SYS_kill}, std::uint32_t{SYS_tgkill}}) {
-        m_decisions[call] = {
-            loadArgument(0), {isEqual, 1, 0, ownProcess}, fails(EPERM), isAllowed};
+        m_decisions[call] = {loadArgument(0), {isEqual, 1, 0, ownProcess}, fails(EPERM), isAllowed};
     }
 }
 
@@ -233,8 +232,9 @@ SystemCallFilter::Instructions SystemCallFilter::decisionBetween(std::size_t fir
         const std::size_t middle = first + (end - first) / 2;
         const Instructions lower = decisionBetween(first, middle);
         const Instructions upper = decisionBetween(middle, end);
-        result = {{isAtLeast, 0, 1, std::next(m_decisions.begin(), static_cast<long>(middle))->first},
-                  {skip, 0, 0, static_cast<std::uint32_t>(lower.size())}};
+        result = {
+            {isAtLeast, 0, 1, std::next(m_decisions.begin(), static_cast<long>(middle))->first},
+            {skip, 0, 0, static_cast<std::uint32_t>(lower.size())}};
         result.insert(result.end(), lower.begin(), lower.end());
         result.insert(result.end(), upper.begin(), upper.end());
         return result;

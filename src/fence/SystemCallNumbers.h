@@ -20,36 +20,66 @@ constexpr long fileSetattr = 469;   // Linux 6.17
 /// Rarely used parts of the kernel that were the way out of many a sandbox.
 inline std::vector<long> kernelDoors()
 {
-    return {SYS_bpf,           SYS_perf_event_open,  SYS_userfaultfd,
-            SYS_io_uring_setup, SYS_io_uring_enter,  SYS_io_uring_register,
-            SYS_keyctl,        SYS_add_key,          SYS_request_key,
-            SYS_init_module,   SYS_finit_module,     SYS_delete_module,
-            SYS_kexec_load,    SYS_open_by_handle_at, SYS_name_to_handle_at,
-            SYS_acct,          SYS_swapon,           SYS_swapoff,
-            SYS_reboot,        SYS_syslog,           SYS_quotactl,
-            SYS_settimeofday,  SYS_clock_settime,    SYS_adjtimex,
-            SYS_clock_adjtime, SYS_sethostname,      SYS_setdomainname,
+    return {SYS_bpf,
+            SYS_perf_event_open,
+            SYS_userfaultfd,
+            SYS_io_uring_setup,
+            SYS_io_uring_enter,
+            SYS_io_uring_register,
+            SYS_keyctl,
+            SYS_add_key,
+            SYS_request_key,
+            SYS_init_module,
+            SYS_finit_module,
+            SYS_delete_module,
+            SYS_kexec_load,
+            SYS_open_by_handle_at,
+            SYS_name_to_handle_at,
+            SYS_acct,
+            SYS_swapon,
+            SYS_swapoff,
+            SYS_reboot,
+            SYS_syslog,
+            SYS_quotactl,
+            SYS_settimeofday,
+            SYS_clock_settime,
+            SYS_adjtimex,
+            SYS_clock_adjtime,
+            SYS_sethostname,
+            SYS_setdomainname,
 #ifdef SYS_kexec_file_load
             SYS_kexec_file_load,
 #endif
 #ifdef SYS_iopl
-            SYS_iopl,          SYS_ioperm,           SYS_modify_ldt,
+            SYS_iopl,
+            SYS_ioperm,
+            SYS_modify_ldt,
 #endif
             SYS_vhangup};
 }
 
 inline std::vector<long> namespacesAndMounts()
 {
-    return {SYS_unshare,    SYS_setns,     SYS_mount,         SYS_umount2,
-            SYS_pivot_root, SYS_chroot,    SYS_move_mount,    SYS_open_tree,
-            SYS_fsopen,     SYS_fsconfig,  SYS_fsmount,       SYS_fspick,
-            442 /* mount_setattr */,       openTreeAttr};
+    return {SYS_unshare,
+            SYS_setns,
+            SYS_mount,
+            SYS_umount2,
+            SYS_pivot_root,
+            SYS_chroot,
+            SYS_move_mount,
+            SYS_open_tree,
+            SYS_fsopen,
+            SYS_fsconfig,
+            SYS_fsmount,
+            SYS_fspick,
+            442 /* mount_setattr */,
+            openTreeAttr};
 }
 
 inline std::vector<long> otherProcesses()
 {
-    return {SYS_ptrace, SYS_process_vm_readv, SYS_process_vm_writev, SYS_kcmp, SYS_pidfd_getfd,
-            440 /* process_madvise */};
+    return {SYS_ptrace, SYS_process_vm_readv, SYS_process_vm_writev,
+            SYS_kcmp,   SYS_pidfd_getfd,      440 /* process_madvise */};
 }
 
 inline std::vector<long> sockets()
@@ -61,15 +91,21 @@ inline std::vector<long> sockets()
 /// and programs that lie in memory.
 inline std::vector<long> fileAttributes()
 {
-    return {SYS_truncate,    SYS_fchmod,      SYS_fchmodat,     fchmodat2,
-            SYS_fchown,      SYS_fchownat,    SYS_setxattr,     SYS_lsetxattr,
-            SYS_fsetxattr,   SYS_removexattr, SYS_lremovexattr, SYS_fremovexattr,
-            setxattrat,      removexattrat,   fileSetattr,      SYS_utimensat,
+    return {SYS_truncate,     SYS_fchmod,
+            SYS_fchmodat,     fchmodat2,
+            SYS_fchown,       SYS_fchownat,
+            SYS_setxattr,     SYS_lsetxattr,
+            SYS_fsetxattr,    SYS_removexattr,
+            SYS_lremovexattr, SYS_fremovexattr,
+            setxattrat,       removexattrat,
+            fileSetattr,      SYS_utimensat,
 #ifdef SYS_chmod
-            SYS_chmod,       SYS_chown,       SYS_lchown,       SYS_utime,
-            SYS_utimes,      SYS_futimesat,
+            SYS_chmod,        SYS_chown,
+            SYS_lchown,       SYS_utime,
+            SYS_utimes,       SYS_futimesat,
 #endif
-            SYS_memfd_create, 447 /* memfd_secret */, SYS_execveat};
+            SYS_memfd_create, 447 /* memfd_secret */,
+            SYS_execveat};
 }
 
 inline std::vector<long> newProcesses()
@@ -83,8 +119,8 @@ inline std::vector<long> newProcesses()
 
 inline std::vector<long> identityAndLimits()
 {
-    return {SYS_setuid,    SYS_setgid,    SYS_setreuid, SYS_setregid,  SYS_setresuid,
-            SYS_setresgid, SYS_setgroups, SYS_setfsuid, SYS_setfsgid,  SYS_capset,
+    return {SYS_setuid,    SYS_setgid,      SYS_setreuid,           SYS_setregid,     SYS_setresuid,
+            SYS_setresgid, SYS_setgroups,   SYS_setfsuid,           SYS_setfsgid,     SYS_capset,
             SYS_setrlimit, SYS_setpriority, SYS_sched_setscheduler, SYS_sched_setattr};
 }
 

@@ -43,8 +43,8 @@ struct Variable
 };
 
 const Variable variables[] = {
-    {"GS_LIB", ":"},           {"GS_FONTPATH", ":"},     {"GS_FONTMAP", ":"},
-    {"LD_LIBRARY_PATH", ":;"}, {"LD_PRELOAD", ": "},     {"FONTCONFIG_PATH", ""},
+    {"GS_LIB", ":"},           {"GS_FONTPATH", ":"},       {"GS_FONTMAP", ":"},
+    {"LD_LIBRARY_PATH", ":;"}, {"LD_PRELOAD", ": "},       {"FONTCONFIG_PATH", ""},
     {"FONTCONFIG_FILE", ""},   {"FONTCONFIG_SYSROOT", ""}, {"PAPERCONF", ""},
     {"XKEYSYMDB", ""},         {"LOCPATH", ":"},
 };
@@ -59,8 +59,8 @@ void addParts(const std::string& text, const std::string& separators, Paths& pat
 {
     std::string::size_type start = 0;
     while (start <= text.size()) {
-        const std::string::size_type end = std::min(text.find_first_of(separators, start),
-                                                    text.size());
+        const std::string::size_type end =
+            std::min(text.find_first_of(separators, start), text.size());
         if (end > start) {
             paths.push_back(text.substr(start, end - start));
         }

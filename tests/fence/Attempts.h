@@ -8,13 +8,16 @@
 /// Attempts of conquered code (attackers/Attacks.h), each in processes of its own.
 namespace Attempts {
 
+/// Instead of an error: whoever makes the call is ended.
+constexpr int killed = -1;
+
 /// What the fence finds, and who runs it.
 struct Surroundings
 {
     bool isFenced = true;
     int newestAbi = LandlockInterface::newestAbi;
-    int landlockError = 0; ///< All calls of Landlock fail with it; 0 for none.
-    int seccompError = 0;  ///< The call of seccomp fails with it; 0 for none.
+    int landlockError = 0;       ///< All calls of Landlock fail with it; 0 for none.
+    int seccompError = 0;        ///< The call of seccomp fails with it; 0 for none.
     bool isOrdinaryUser = false; ///< As root: becomes an ordinary user first.
 };
 

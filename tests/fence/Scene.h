@@ -64,11 +64,11 @@ public:
     static bool canPlayOrdinaryUser()
     {
         return geteuid() == 0 && Attempts::statusOf([] {
-                   Attempts::Surroundings surroundings;
-                   surroundings.isOrdinaryUser = true;
-                   Attempts::prepare(surroundings);
-                   return access(MORVALTIDE_CONQUERED_PROGRAM, X_OK);
-               }) == 0;
+                                     Attempts::Surroundings surroundings;
+                                     surroundings.isOrdinaryUser = true;
+                                     Attempts::prepare(surroundings);
+                                     return access(MORVALTIDE_CONQUERED_PROGRAM, X_OK);
+                                 }) == 0;
     }
 
 private:
@@ -114,8 +114,8 @@ private:
         const std::string folder = m_folder.path("");
         EXPECT_EQ(chown(folder.c_str(), Attempts::ordinaryUser, Attempts::ordinaryUser), 0);
         for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-            EXPECT_EQ(
-                chown(entry.path().c_str(), Attempts::ordinaryUser, Attempts::ordinaryUser), 0);
+            EXPECT_EQ(chown(entry.path().c_str(), Attempts::ordinaryUser, Attempts::ordinaryUser),
+                      0);
         }
     }
 

@@ -92,6 +92,7 @@ const Row rows[] = {
     {"OutlivingTheParent", "outliveParent", "", succeeds, fails, fails},
     {"EatingAllMemory", "eatMemory", "", succeeds, fails, fails},
     {"WritingAFileOfMoreThan4GiB", "fillDisk", "", succeeds, fails, fails},
+    {"WritingManyLargeFiles", "fillDiskWithManyFiles", "", succeeds, succeeds, succeeds},
     {"DumpingCore", "dumpCore", "", differs, fails, fails},
     {"RaisingItsLimits", "raiseLimits", "", succeeds, fails, fails},
     {"TypingIntoTheTerminal", "typeIntoTerminal", "", succeeds, fails, fails},
@@ -224,6 +225,17 @@ TEST_P(MissingFeature, SeccompLeavesTheRest)
 INSTANTIATE_TEST_SUITE_P(ChildFence, MissingFeature, testing::Values(ENOSYS, EPERM),
                          [](const auto& test) { return "Error" + std::to_string(test.param); });
 
+TEST(ChildFence, IsLeftOutWhereItWouldBeDeadly)
+{
+    Attempts::Surroundings surroundings;
+    surroundings.landlockError = Attempts::killed;
+    EXPECT_TRUE(readsSecret(surroundings));
+    surroundings.landlockError = 0;
+    surroundings.seccompError = Attempts::killed;
+    EXPECT_TRUE(readsSecret(surroundings));
+    EXPECT_FALSE(Attempts::succeeds({"fillDisk", "", ""}, surroundings));
+}
+
 TEST(ChildFence, RemovesWhatWasLeftInTheTemporaryFolder)
 {
     const TemporaryFolder folder;
@@ -254,9 +266,9 @@ protected:
     // Ends with the test; it waits for commands on standard input.
     void start()
     {
-        m_child->start(QStringLiteral("gs"), {QStringLiteral("-q"), QStringLiteral("-dNODISPLAY"),
-                                              QStringLiteral("-c"), QStringLiteral("(x) print flush"),
-                                              QStringLiteral("-")});
+        m_child->start(QStringLiteral("gs"),
+                       {QStringLiteral("-q"), QStringLiteral("-dNODISPLAY"), QStringLiteral("-c"),
+                        QStringLiteral("(x) print flush"), QStringLiteral("-")});
         EXPECT_TRUE(m_child->waitForReadyRead());
     }
 
@@ -285,9 +297,9 @@ TEST_F(RealChild, HasTheStandardStreamsAndNoOtherDescriptor)
     start();
     close(leaked);
     const QDir descriptors(QStringLiteral("/proc/%1/fd").arg(m_child->processId()));
-    EXPECT_EQ(descriptors.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot,
-                                    QDir::Name),
-              QStringList({QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2")}));
+    EXPECT_EQ(
+        descriptors.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::Name),
+        QStringList({QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2")}));
 }
 
 TEST_F(RealChild, HasItsLimits)

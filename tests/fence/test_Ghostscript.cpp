@@ -32,7 +32,7 @@ const Row rows[] = {
     {"WritesOverTheDocument", "({document}) (w) file closefile"},
     {"RemovesAFile", "({neighbour}) deletefile"},
     {"RenamesAFile", "({neighbour}) ({new}) renamefile"},
-    {"RunsACommandThatItReads", "(%pipe%echo x) (r) file closefile"},
+    {"RunsACommandThatItReads", "(%pipe%echo x) (r) file 2 string readstring pop pop"},
     {"RunsACommandThatItWritesTo", "(%pipe%cat) (w) file closefile"},
 };
 

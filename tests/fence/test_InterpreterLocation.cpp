@@ -13,8 +13,8 @@ namespace {
 class Interpreter : public testing::Test
 {
 protected:
-    InterpreterLocation find(const QStringList& systemFolders =
-                                 InterpreterLocation::installationFolders()) const
+    InterpreterLocation
+    find(const QStringList& systemFolders = InterpreterLocation::installationFolders()) const
     {
         const SearchPath path(SearchPath::withFirst(m_folder.qPath(QString())));
         return InterpreterLocation(QStringLiteral("gs"), systemFolders);

@@ -187,6 +187,18 @@ TEST(ParentFence, OfAWrapperLeavesFilesProgramsAndSocketsAlone)
     EXPECT_FALSE(parent.succeeds("reachKernel", MORVALTIDE_CALL(__NR_bpf), newest));
 }
 
+TEST(ParentFence, IsLeftOutWhereItWouldBeDeadly)
+{
+    const Scene scene;
+    const Parent parent;
+    Attempts::Surroundings surroundings;
+    surroundings.landlockError = Attempts::killed;
+    EXPECT_TRUE(parent.succeeds("createFile", scene.argument("{new}"), newest, surroundings));
+    surroundings.landlockError = 0;
+    surroundings.seccompError = Attempts::killed;
+    EXPECT_TRUE(parent.succeeds("useTcp", scene.argument("{port}"), newest, surroundings));
+}
+
 class MissingForParent : public testing::TestWithParam<int>
 {
 };

@@ -27,6 +27,7 @@ protected:
     ~TemporaryPlace() override { qunsetenv("TMPDIR"); }
 
     TemporaryFolder m_place;
+    TemporaryFolder m_other; // made before the variable is set
 };
 
 TEST_F(TemporaryPlace, GetsAFolderThatNobodyElseMayEnter)
@@ -59,19 +60,18 @@ TEST_F(TemporaryPlace, IsEmptyAfterwards)
 
 TEST_F(TemporaryPlace, KeepsWhatALinkLeadsTo)
 {
-    const TemporaryFolder other;
-    other.write("file", "content");
+    m_other.write("file", "content");
     {
         const auto folder = PrivateFolder::shared();
-        ASSERT_EQ(symlink(other.path("").c_str(), (folder->path() + "/link").c_str()), 0);
+        ASSERT_EQ(symlink(m_other.path("").c_str(), (folder->path() + "/link").c_str()), 0);
     }
     EXPECT_EQ(m_place.entries(), QStringList());
-    EXPECT_EQ(other.entries(), QStringList(QStringLiteral("file")));
+    EXPECT_EQ(m_other.entries(), QStringList(QStringLiteral("file")));
 }
 
 TEST_F(TemporaryPlace, ThatDoesNotExistGivesNoFolder)
 {
-    qputenv("TMPDIR", "/nonexistent");
+    qputenv("TMPDIR", QFile::encodeName(m_place.qPath(QStringLiteral("none"))));
     EXPECT_EQ(PrivateFolder::shared()->path(), "");
 }
 

@@ -1,3 +1,4 @@
+#include "fence/LandlockRuleset.h"
 #include "support/FakeGhostscript.h"
 #include "support/PrintQt.h"
 #include "support/ProgramRun.h"
@@ -5,8 +6,6 @@
 #include "support/SamplePdf.h"
 #include "support/TemporaryFolder.h"
 #include "support/TiffFile.h"
-
-#include "fence/LandlockRuleset.h"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +24,7 @@ protected:
         start.folder = m_folder.path("");
         start.arguments = {"-o", "out.tif", "in.png", "in.pdf"};
         start.environment["TMPDIR"] = m_other.path("");
+        start.environment["XDG_RUNTIME_DIR"] = m_folder.path("");
         return start;
     }
 
@@ -44,7 +44,7 @@ TEST_F(FencedProgram, LeavesNoTemporaryFiles)
 TEST_F(FencedProgram, NeedsNoPlaceForTemporaryFiles)
 {
     ProgramStart start = conversion();
-    start.environment["TMPDIR"] = "/nonexistent";
+    start.environment["TMPDIR"] = m_other.path("none");
     EXPECT_EQ(runProgram(start).exitStatus, 0);
     EXPECT_EQ(readTiff(m_folder.path("out.tif")).size(), 3U);
 }

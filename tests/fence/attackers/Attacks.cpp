@@ -204,10 +204,10 @@ int startThread(const char*)
 
 int connectTo(int descriptor, const void* address, std::size_t size)
 {
-    const int result =
-        descriptor < 0 ? errno
-                       : resultOf(connect(descriptor, static_cast<const sockaddr*>(address),
-                                          static_cast<socklen_t>(size)));
+    const int result = descriptor < 0
+                           ? errno
+                           : resultOf(connect(descriptor, static_cast<const sockaddr*>(address),
+                                              static_cast<socklen_t>(size)));
     close(descriptor);
     return result;
 }
@@ -283,8 +283,7 @@ int traceParent(const char*)
 
 int readMemoryOfParent(const char*)
 {
-    return readFile(("/proc/" + std::to_string(getppid()) + "/mem").c_str()) == EACCES ? EACCES
-           : opened(("/proc/" + std::to_string(getppid()) + "/mem").c_str(), O_RDONLY);
+    return opened(("/proc/" + std::to_string(getppid()) + "/mem").c_str(), O_RDONLY);
 }
 
 int outliveParent(const char*)
@@ -309,14 +308,31 @@ int eatMemory(const char*)
     return 0;
 }
 
-// A file with a hole of more than 4 GiB in front.
+// A file with a hole of 5 GiB in front.
 int fillDisk(const char*)
 {
     const std::string name = inTemporaryFolder("large");
     const int descriptor = open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     unlink(name.c_str());
-    constexpr off_t size = 4294967296;
+    constexpr off_t size = 5368709120;
     return descriptor < 0 ? errno : resultOf(pwrite(descriptor, "x", 1, size));
+}
+
+// Each within its limit.
+int fillDiskWithManyFiles(const char*)
+{
+    constexpr off_t size = 3221225472;
+    for (const char* name : {"many1", "many2", "many3"}) {
+        const int descriptor =
+            open(inTemporaryFolder(name).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        const int result = descriptor < 0 ? errno : resultOf(pwrite(descriptor, "x", 1, size));
+        unlink(inTemporaryFolder(name).c_str());
+        close(descriptor);
+        if (result != 0) {
+            return result;
+        }
+    }
+    return 0;
 }
 
 int dumpCore(const char*)
@@ -410,6 +426,7 @@ const Attack attacks[] = {
     {"outliveParent", outliveParent},
     {"eatMemory", eatMemory},
     {"fillDisk", fillDisk},
+    {"fillDiskWithManyFiles", fillDiskWithManyFiles},
     {"dumpCore", dumpCore},
     {"raiseLimits", raiseLimits},
     {"typeIntoTerminal", typeIntoTerminal},
