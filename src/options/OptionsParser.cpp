@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <iostream>
 #include <stdexcept>
 
@@ -115,7 +116,11 @@ void OptionsParser::parseCommandLine(int argc, char** argv)
 {
     po::options_description all;
     all.add(m_visible).add(m_hidden);
-    po::store(po::command_line_parser(argc, argv).options(all).positional(m_positional).run(),
+    // Newer versions of Boost count on the name of the program.
+    po::store(po::command_line_parser(std::max(argc, 1), argv)
+                  .options(all)
+                  .positional(m_positional)
+                  .run(),
               m_variables);
 }
 
