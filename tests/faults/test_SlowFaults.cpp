@@ -52,15 +52,6 @@ TEST_F(HangingGhostscript, InTheQueryIsAFailureAfterHalfAMinute)
     expectFailure("invalid pdf format", std::chrono::seconds(30));
 }
 
-TEST_F(HangingGhostscript, InASinglePageIsAFailureAfterAMinute)
-{
-    m_folder.write("a.pdf", SamplePdf::equalPages(1));
-    const FakeGhostscript ghostscript("case \"$*\" in *' -c '*) " +
-                                      FakeGhostscript::realGhostscript() + ";; esac\n" +
-                                      hanging(m_record));
-    expectFailure("invalid data", std::chrono::seconds(60));
-}
-
 TEST_F(HangingGhostscript, InARunIsAFailureAfterAMinute)
 {
     m_folder.write("a.pdf", SamplePdf::equalPages(3));
