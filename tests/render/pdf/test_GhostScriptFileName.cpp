@@ -196,6 +196,7 @@ struct RealRow
     Outcome outcome;
 };
 
+// One name for each way in which Ghostscript reads more into a name than there is.
 const RealRow realRows[] = {
     {"APlainName", QStringLiteral("report.pdf"), Outcome::converts},
     {"ACommandBehindAParenthesis", QStringLiteral("x) pop (%pipe%touch P) (r) file pop (plain.pdf"),
@@ -204,62 +205,28 @@ const RealRow realRows[] = {
     {"ThePipeDeviceBehindASpace", QStringLiteral(" %pipe%touch P #.pdf"), Outcome::converts},
     {"ThePipeDeviceBehindAByteOrderMark", QStringLiteral(u"\ufeff%pipe%touch P"),
      Outcome::isRefused},
-    {"ThePipeDeviceInOctalEscapes", QStringLiteral("\\045pipe\\045touch P"), Outcome::isRefused},
     {"AVerticalBar", QStringLiteral("|touch P"), Outcome::converts},
     {"TheStandardInputDevice", QStringLiteral("%stdin"), Outcome::converts},
-    {"TheStandardOutputDevice", QStringLiteral("%stdout"), Outcome::converts},
     {"AnArgumentFile", QStringLiteral("@args.pdf"), Outcome::converts},
     {"AnOptionThatWritesAFile", QStringLiteral("-sstdout=P"), Outcome::converts},
-    {"AnOptionThatWritesPages", QStringLiteral("-sOutputFile=P"), Outcome::converts},
     {"AnOptionThatSwitchesSafetyOff", QStringLiteral("-dNOSAFER"), Outcome::converts},
     {"AnOptionThatOpensAnotherFile", QStringLiteral("-fplain.pdf"), Outcome::converts},
     {"ADashAlone", QStringLiteral("-"), Outcome::converts},
-    {"TwoDashes", QStringLiteral("--"), Outcome::converts},
     {"ACommandOption", QStringLiteral("-c"), Outcome::converts},
     {"ASpaceInFront", QStringLiteral(" plain.pdf"), Outcome::converts},
     {"ATabInFront", QStringLiteral("\tplain.pdf"), Outcome::converts},
     {"ALineFeedInFront", QStringLiteral("\nplain.pdf"), Outcome::converts},
-    {"AVerticalTabInFront", QStringLiteral("\vplain.pdf"), Outcome::converts},
-    {"AFormFeedInFront", QStringLiteral("\fplain.pdf"), Outcome::converts},
-    {"ACarriageReturnInFront", QStringLiteral("\rplain.pdf"), Outcome::isRefused},
-    {"ACarriageReturnInside", QStringLiteral("a\rb.pdf"), Outcome::isRefused},
-    {"ABackslashInside", QStringLiteral("plain\\.pdf"), Outcome::isRefused},
-    {"AByteOrderMarkInside", QStringLiteral(u"plain\ufeff.pdf"), Outcome::isRefused},
-    {"ASpaceAtTheEnd", QStringLiteral("plain.pdf "), Outcome::converts},
-    {"ALineFeedAtTheEnd", QStringLiteral("plain.pdf\n"), Outcome::converts},
     {"ALineFeedInside", QStringLiteral("a\nb.pdf"), Outcome::converts},
-    {"SpacesInside", QStringLiteral("a  b.pdf"), Outcome::converts},
     {"BalancedParentheses", QStringLiteral("report (1).pdf"), Outcome::converts},
-    {"AnOpeningParenthesis", QStringLiteral("a(b.pdf"), Outcome::isRefused},
-    {"AClosingParenthesis", QStringLiteral("a)b.pdf"), Outcome::isRefused},
-    {"ParenthesesThatCloseBeforeTheyOpen", QStringLiteral("plain.pdf)(.pdf"), Outcome::isRefused},
     {"APlaceholder", QStringLiteral("%1.pdf"), Outcome::converts},
-    {"APlaceholderInside", QStringLiteral("a%1b.pdf"), Outcome::converts},
-    {"APercentSignInside", QStringLiteral("100%.pdf"), Outcome::converts},
     {"AHexadecimalString", QStringLiteral("<706c61696e>.pdf"), Outcome::converts},
     {"ABraceAndACommand", QStringLiteral("{quit}.pdf"), Outcome::converts},
-    {"AHashSign", QStringLiteral("#.pdf"), Outcome::converts},
-    {"AnEqualsSign", QStringLiteral("a=b.pdf"), Outcome::converts},
-    {"AColon", QStringLiteral("a:b.pdf"), Outcome::converts},
-    {"AStar", QStringLiteral("*.pdf"), Outcome::converts},
     {"Backquotes", QStringLiteral("`touch P`.pdf"), Outcome::converts},
-    {"ADollarSign", QStringLiteral("$(touch P).pdf"), Outcome::converts},
-    {"Quotes", QStringLiteral("\"it's\".pdf"), Outcome::converts},
-    {"ABellInFront", QStringLiteral("\ax.pdf"), Outcome::converts},
     {"AControlCharacterInFront", QStringLiteral("\001x.pdf"), Outcome::converts},
-    {"ADeleteCharacterInFront", QStringLiteral("\177x.pdf"), Outcome::converts},
-    {"AccentedLetters", QStringLiteral(u"\u00e9t\u00e9.pdf"), Outcome::converts},
-    {"ChineseCharacters", QStringLiteral(u"\u4e2d\u6587.pdf"), Outcome::converts},
     {"ACharacterOutsideTheBasicPlane", QStringLiteral(u"\U0001f600.pdf"), Outcome::converts},
-    {"ANoBreakSpaceInFront", QStringLiteral(u"\u00a0plain.pdf"), Outcome::converts},
-    {"ALineSeparatorInFront", QStringLiteral(u"\u2028plain.pdf"), Outcome::converts},
-    {"ALeftToRightMarkInFront", QStringLiteral(u"\u200e-dNOSAFER"), Outcome::converts},
     {"AReversedByteOrderMarkInFront", QStringLiteral(u"\ufffe-dNOSAFER"), Outcome::converts},
-    {"AReplacementCharacter", QStringLiteral(u"\ufffd.pdf"), Outcome::converts},
     {"AFileOfGhostscriptItself", QStringLiteral("cidfmap"), Outcome::failsToRender},
     {"AProgramOfGhostscriptItself", QStringLiteral("align.ps"), Outcome::converts},
-    {"AProgramOfGhostscriptItselfInThisFolder", QStringLiteral("./align.ps"), Outcome::converts},
-    {"ASuffixOfPrograms", QStringLiteral("report.ps"), Outcome::converts},
     {"TheStartOfGhostscriptItself", QStringLiteral("gs_init.ps"), Outcome::converts},
 };
 
@@ -301,21 +268,12 @@ protected:
     GhostScriptCommand m_command{GetParam().fileName};
 };
 
-TEST_P(HostileName, GivesItsOwnPageSizesOrNone)
+TEST_P(HostileName, GivesItsOwnPagesOrNone)
 {
-    const std::vector<QSizeF> sizes = m_command.getPageSizes();
-    EXPECT_EQ(sizes, isRefused() ? std::vector<QSizeF>() : std::vector<QSizeF>(2, {100, 200}));
-    EXPECT_EQ(m_folder.entries(), m_entries);
-}
-
-TEST_P(HostileName, GivesItsOwnPageCountOrNone)
-{
+    EXPECT_EQ(m_command.getPageSizes(),
+              isRefused() ? std::vector<QSizeF>() : std::vector<QSizeF>(2, {100, 200}));
     EXPECT_EQ(m_command.getPageCount(), isRefused() ? 0U : 2U);
-    EXPECT_EQ(m_folder.entries(), m_entries);
-}
 
-TEST_P(HostileName, RendersItsOwnPagesOrFails)
-{
     CollectingHandler handler;
     EXPECT_EQ(m_command.renderPages(1, 2, m_size, m_device, &handler), converts());
     EXPECT_EQ(m_folder.entries(), m_entries);
