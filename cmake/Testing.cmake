@@ -1,9 +1,13 @@
 include(GoogleTest)
 
-# morvaltide_add_test(<folder> SOURCES <test files> LIBRARIES <targets under test>)
+# morvaltide_add_test(<folder> SOURCES <test files> LIBRARIES <targets under test>
+#                     [LABELS <label>])
 #
-# One test program a folder; every GoogleTest case becomes a CTest case. The
-# shared main() of tests/support creates the offscreen application object.
+# One test program a folder. The shared main() of tests/support creates the
+# offscreen application object. For CTest every GoogleTest case is a test of its
+# own (label "case"); with "ctest -C Shards -LE case" it runs the program in a few
+# pieces instead, which spares thousands of starts. Under the sanitizers, where
+# every start takes long, there are only the pieces.
 function(morvaltide_add_test folder)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   set(target test_${folder})
@@ -12,25 +16,29 @@ function(morvaltide_add_test folder)
     morvaltide_build_options morvaltide_test_support ${ARG_LIBRARIES})
   target_precompile_headers(${target} REUSE_FROM morvaltide_test_support)
   set(properties)
-  if(ARG_LABELS)
-    list(APPEND properties LABELS ${ARG_LABELS})
-  endif()
   if("slow" IN_LIST ARG_LABELS)
     list(APPEND properties COST 100) # they mostly wait: first of all, beside the others
   endif()
+
+  set(configurations CONFIGURATIONS Shards)
   if(MORVALTIDE_SANITIZERS)
-    # Every start of a sanitized program takes long, so a few starts have to do.
-    set(shards 4)
-    foreach(shard RANGE 1 ${shards})
-      math(EXPR index "${shard} - 1")
-      add_test(NAME ${target}.${shard} COMMAND ${target} --gtest_brief=1)
-      set_tests_properties(${target}.${shard} PROPERTIES TIMEOUT 1200 ${properties}
-        ENVIRONMENT "GTEST_TOTAL_SHARDS=${shards};GTEST_SHARD_INDEX=${index}")
-    endforeach()
-    return()
+    set(configurations)
   endif()
-  gtest_discover_tests(${target}
-    NO_PRETTY_VALUES
-    DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 300 ${properties})
+  set(shards 4)
+  foreach(shard RANGE 1 ${shards})
+    math(EXPR index "${shard} - 1")
+    add_test(NAME ${target}.${shard} COMMAND ${target} ${configurations})
+    set_tests_properties(${target}.${shard} PROPERTIES TIMEOUT 1200 ${properties}
+      LABELS "${ARG_LABELS}"
+      ENVIRONMENT "GTEST_TOTAL_SHARDS=${shards};GTEST_SHARD_INDEX=${index}")
+  endforeach()
+
+  if(NOT MORVALTIDE_SANITIZERS)
+    # GoogleTest.cmake would take a list apart.
+    string(REPLACE ";" "\\;" labels "case;${ARG_LABELS}")
+    gtest_discover_tests(${target}
+      NO_PRETTY_VALUES
+      DISCOVERY_TIMEOUT 60
+      PROPERTIES TIMEOUT 300 ${properties} LABELS "${labels}")
+  endif()
 endfunction()
