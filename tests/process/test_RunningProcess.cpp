@@ -43,8 +43,7 @@ public:
     }
 
     /// Calls `meanwhile` until the child has made so many notes.
-    void waitForNotes(
-        int count, const std::function<void()>& meanwhile = [] {}) const
+    void waitForNotes(int count, const std::function<void()>& meanwhile = [] {}) const
     {
         constexpr std::chrono::milliseconds pause(2);
         constexpr std::chrono::seconds patience(60);
