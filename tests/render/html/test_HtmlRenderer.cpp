@@ -273,11 +273,10 @@ struct FormatRow
     QImage::Format format;
 };
 
-// Without formats whose colours are not premultiplied: how Qt rounds there
-// depends on where in the memory the pixels lie.
+// Without formats that have an alpha channel: how Qt rounds there depends on
+// where in the memory the pixels lie.
 const FormatRow formatRows[] = {
     {"Rgb32", QImage::Format_RGB32},
-    {"Argb32Premultiplied", QImage::Format_ARGB32_Premultiplied},
     {"Grey", QImage::Format_Grayscale8},
     {"Rgb16", QImage::Format_RGB16},
 };
