@@ -24,14 +24,14 @@ int runCount = 0;
 ChildFence::ChildFence(const InterpreterLocation& program,
                        const std::vector<std::string>& documents, int newestAbi)
     : m_isGranted(FencePermission::isGranted()),
-      m_filter(program.isWrapper() ? SystemCallFilter::forWrapper()
-                                   : SystemCallFilter::forInterpreter())
+      m_filter(SystemCallFilter::forWrapper())
 {
     if (!program.isWrapper()) {
         m_temporaryFolder = PrivateFolder::shared();
         ++runCount;
         if (m_isGranted) {
             prepareRules(program, documents, newestAbi);
+            m_filter = SystemCallFilter::forInterpreter(m_ruleset->abi());
         }
         prepareEnvironment();
     }

@@ -51,12 +51,12 @@ void addRule(int ruleset, const std::string& path, std::uint64_t rights)
 } // namespace
 
 LandlockRuleset::LandlockRuleset(const FileAccessRules& rules, int newestAbi)
+    : m_abi(std::min(kernelAbi(), newestAbi))
 {
-    const int abi = std::min(kernelAbi(), newestAbi);
-    if (abi < 1) {
+    if (m_abi < 1) {
         return;
     }
-    const RulesetAttributes attributes = attributesFor(rules, abi);
+    const RulesetAttributes attributes = attributesFor(rules, m_abi);
     m_descriptor = static_cast<int>(
         syscall(createRulesetCall, &attributes, sizeof attributes, 0)); // close-on-exec
     for (const FileAccessRules::Rule& rule : rules.rules()) {

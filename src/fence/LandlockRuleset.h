@@ -23,8 +23,8 @@ public:
     /// The version of the interface that the kernel has; 0 for none.
     static int kernelAbi();
 
-    /// False if there is nothing to be put in force.
-    bool isReady() const { return m_descriptor >= 0; }
+    /// The version that the rules are made for; 0 for none.
+    int abi() const { return m_abi; }
 
     /// Puts the rules in force for the calling thread and its future children,
     /// for good. Async-signal-safe. Needs "no new privileges". False if that
@@ -32,5 +32,6 @@ public:
     bool restrictSelf() const;
 
 private:
+    int m_abi;
     int m_descriptor = -1;
 };

@@ -49,17 +49,19 @@ ParentFence::ParentFence(const InterpreterLocation& interpreter, const std::stri
     if (!FencePermission::isGranted()) {
         return;
     }
-    const bool isWrapper = interpreter.isWrapper();
     prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    if (!isWrapper) {
-        m_temporaryFolder = PrivateFolder::shared();
-        restrictFiles(interpreter, outputFile, newestAbi);
+    if (interpreter.isWrapper()) {
+        SystemCallFilter::forWrapper().install();
+        return;
     }
-    (isWrapper ? SystemCallFilter::forWrapper() : SystemCallFilter::forConverter()).install();
+    m_temporaryFolder = PrivateFolder::shared();
+    const LandlockRuleset ruleset = rulesFor(interpreter, outputFile, newestAbi);
+    ruleset.restrictSelf();
+    SystemCallFilter::forConverter(ruleset.abi()).install();
 }
 
-void ParentFence::restrictFiles(const InterpreterLocation& interpreter,
-                                const std::string& outputFile, int newestAbi) const
+LandlockRuleset ParentFence::rulesFor(const InterpreterLocation& interpreter,
+                                      const std::string& outputFile, int newestAbi) const
 {
     FileAccessRules rules(reading);
     rules.allowExecuting(interpreter.path());
@@ -73,5 +75,5 @@ void ParentFence::restrictFiles(const InterpreterLocation& interpreter,
     const std::string& temporaryFolder = m_temporaryFolder->path();
     rules.allowChangingFiles(temporaryFolder);
     rules.allowRemovingFolders(std::filesystem::path(temporaryFolder).parent_path().string());
-    LandlockRuleset(rules, newestAbi).restrictSelf();
+    return LandlockRuleset(rules, newestAbi);
 }

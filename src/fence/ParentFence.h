@@ -33,8 +33,8 @@ public:
     ParentFence& operator=(const ParentFence&) = delete;
 
 private:
-    void restrictFiles(const InterpreterLocation& interpreter, const std::string& outputFile,
-                       int newestAbi) const;
+    LandlockRuleset rulesFor(const InterpreterLocation& interpreter, const std::string& outputFile,
+                             int newestAbi) const;
 
     // Made before there are rules for it, and kept for the children. Null for a
     // wrapper.

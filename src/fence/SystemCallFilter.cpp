@@ -79,7 +79,7 @@ std::vector<sock_filter> failsIfArgumentIs(unsigned index, const std::vector<std
     return result;
 }
 
-// Landlock asks for no right there before its ABI 3.
+// The flags of a call that opens a file.
 std::vector<sock_filter> failsIfTruncatingWithoutWriting(unsigned flagsIndex)
 {
     return {loadArgument(flagsIndex),
@@ -103,19 +103,19 @@ SystemCallFilter SystemCallFilter::forWrapper()
     return filter;
 }
 
-SystemCallFilter SystemCallFilter::forConverter()
+SystemCallFilter SystemCallFilter::forConverter(int landlockAbi)
 {
     SystemCallFilter filter;
-    filter.denyChangesOutsideFiles();
+    filter.denyChangesOutsideFiles(landlockAbi);
     filter.denyGroupSignals();
     filter.assemble();
     return filter;
 }
 
-SystemCallFilter SystemCallFilter::forInterpreter()
+SystemCallFilter SystemCallFilter::forInterpreter(int landlockAbi)
 {
     SystemCallFilter filter;
-    filter.denyChangesOutsideFiles();
+    filter.denyChangesOutsideFiles(landlockAbi);
     filter.denyNewProcesses();
     filter.denyForeignSignals();
     filter.assemble();
@@ -159,18 +159,21 @@ void SystemCallFilter::denyKernelDoors()
     m_decisions[SYS_ioctl] = failsIfArgumentIs(1, {TIOCSTI, consoleSelection});
 }
 
-void SystemCallFilter::denyChangesOutsideFiles()
+void SystemCallFilter::denyChangesOutsideFiles(int landlockAbi)
 {
     deny(SystemCallNumbers::namespacesAndMounts(), EPERM);
     deny(SystemCallNumbers::otherProcesses(), EPERM);
     deny(SystemCallNumbers::sockets(), EPERM);
     deny(SystemCallNumbers::fileAttributes(), EPERM);
+    constexpr int firstAbiWithTruncation = 3;
+    if (landlockAbi < firstAbiWithTruncation) {
 #ifdef SYS_open
-    m_decisions[SYS_open] = failsIfTruncatingWithoutWriting(1);
+        m_decisions[SYS_open] = failsIfTruncatingWithoutWriting(1);
 #endif
-    m_decisions[SYS_openat] = failsIfTruncatingWithoutWriting(2);
-    // Its flags lie in memory, where no filter looks.
-    deny({SystemCallNumbers::openat2}, ENOSYS);
+        m_decisions[SYS_openat] = failsIfTruncatingWithoutWriting(2);
+        // Its flags lie in memory, where no filter looks.
+        deny({SystemCallNumbers::openat2}, ENOSYS);
+    }
 }
 
 void SystemCallFilter::denyNewProcesses()

@@ -23,11 +23,15 @@ public:
     /// For this program: also no sockets, nothing that changes files by other
     /// ways than opening them, no memory of other processes, and no signals to
     /// groups of processes.
-    static SystemCallFilter forConverter();
+    ///
+    /// With `landlockAbi`, the version in force, below 3, files that are opened
+    /// for reading cannot be emptied by that either; later ones see to it
+    /// themselves, and the filter need not look at each file that is opened.
+    static SystemCallFilter forConverter(int landlockAbi);
 
     /// For an interpreter of documents: the same, and no processes, no signals
     /// to others, no change of user, limits, or what happens when the parent ends.
-    static SystemCallFilter forInterpreter();
+    static SystemCallFilter forInterpreter(int landlockAbi);
 
     /// The process that signals may go to under forInterpreter(). Async-signal-safe.
     void allowSignalsTo(pid_t process);
@@ -43,7 +47,7 @@ private:
 
     void deny(const std::vector<long>& calls, int error);
     void denyKernelDoors();
-    void denyChangesOutsideFiles();
+    void denyChangesOutsideFiles(int landlockAbi);
     void denyNewProcesses();
     void denyForeignSignals();
     void denyGroupSignals();
