@@ -77,6 +77,8 @@ public:
     {
         return Attempts::statusOf([&] {
                    Attempts::prepare(surroundings);
+                   // Another program in place of this one removes nothing.
+                   qputenv("TMPDIR", QByteArray::fromStdString(m_place.path("")));
                    std::unique_ptr<ParentFence> fence;
                    if (newestAbi >= 0) {
                        fence = std::make_unique<ParentFence>(
@@ -92,6 +94,7 @@ public:
 
 private:
     TemporaryFolder m_folder;
+    TemporaryFolder m_place; // of temporary files
     std::string m_output;
 };
 
