@@ -19,9 +19,6 @@
 
 namespace {
 
-// The only program that the conversion starts.
-const QString interpreter = QStringLiteral("gs");
-
 bool isFile(const char* fileName, const struct stat& file)
 {
     struct stat info = {};
@@ -62,7 +59,8 @@ bool FaxWriter::write(const std::string& outputFile) const
     guard.opened(tiffWriter.fileDescriptor());
     std::optional<ParentFence> fence;
     if (m_isFenced) {
-        fence.emplace(InterpreterLocation(interpreter), outputFile);
+        // The only program that the conversion starts.
+        fence.emplace(InterpreterLocation(QStringLiteral("gs")), outputFile);
     }
 
     if (!writePages(tiffWriter)) {

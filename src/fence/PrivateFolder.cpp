@@ -22,9 +22,10 @@ std::atomic<const PrivateFolder*> activeFolder{nullptr};
 static_assert(std::atomic<const PrivateFolder*>::is_always_lock_free);
 
 // Those that end a program and can be caught.
-constexpr std::array<int, 20> signalNumbers = {
-    SIGHUP,  SIGINT,  SIGQUIT, SIGILL,  SIGTRAP, SIGABRT, SIGBUS,    SIGFPE,  SIGUSR1, SIGSEGV,
-    SIGUSR2, SIGPIPE, SIGALRM, SIGTERM, SIGXCPU, SIGXFSZ, SIGVTALRM, SIGPROF, SIGPOLL, SIGSYS};
+constexpr std::array<int, 22> signalNumbers = {
+    SIGHUP,    SIGINT,  SIGQUIT, SIGILL,  SIGTRAP,   SIGABRT, SIGBUS,  SIGFPE,
+    SIGUSR1,   SIGSEGV, SIGUSR2, SIGPIPE, SIGALRM,   SIGTERM, SIGXCPU, SIGXFSZ,
+    SIGVTALRM, SIGPROF, SIGPOLL, SIGSYS,  SIGSTKFLT, SIGPWR};
 
 std::array<struct sigaction, signalNumbers.size()> actionsBefore = {};
 
