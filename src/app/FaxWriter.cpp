@@ -4,6 +4,7 @@
 #include "fax/output/FaxTiffWriter.h"
 #include "fence/InterpreterLocation.h"
 #include "fence/ParentFence.h"
+#include "fence/PrivateFolder.h"
 #include "files/FileName.h"
 #include "files/OutputFileGuard.h"
 
@@ -50,7 +51,7 @@ bool FaxWriter::write(const std::string& outputFile) const
     }
 
     FaxTiffWriter tiffWriter;
-    OutputFileGuard guard(outputFile);
+    OutputFileGuard guard(outputFile, PrivateFolder::removeExisting);
     if (!tiffWriter.open(outputFile)) {
         guard.failedToOpen();
         fmt::print(stderr, "can't open file '{}'\n", outputFile);

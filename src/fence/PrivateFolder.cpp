@@ -1,6 +1,5 @@
 #include "fence/PrivateFolder.h"
 
-#include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -16,18 +15,9 @@
 
 namespace {
 
-// The folder that the signal handler acts for. A lock-free atomic may be read in
-// a handler.
+// The folder that exists. A lock-free atomic may be read in a signal handler.
 std::atomic<const PrivateFolder*> activeFolder{nullptr};
 static_assert(std::atomic<const PrivateFolder*>::is_always_lock_free);
-
-// Those that end a program and can be caught.
-constexpr std::array<int, 22> signalNumbers = {
-    SIGHUP,    SIGINT,  SIGQUIT, SIGILL,  SIGTRAP,   SIGABRT, SIGBUS,  SIGFPE,
-    SIGUSR1,   SIGSEGV, SIGUSR2, SIGPIPE, SIGALRM,   SIGTERM, SIGXCPU, SIGXFSZ,
-    SIGVTALRM, SIGPROF, SIGPOLL, SIGSYS,  SIGSTKFLT, SIGPWR};
-
-std::array<struct sigaction, signalNumbers.size()> actionsBefore = {};
 
 /// Holds signals back, so that no folder is missed by the handler.
 class HeldSignals
@@ -137,7 +127,6 @@ PrivateFolder::PrivateFolder() : m_process(getpid())
     if (!place.empty() && mkdtemp(path.data()) != nullptr) {
         m_path = path;
         activeFolder = this;
-        installHandlers();
     }
 }
 
@@ -146,46 +135,16 @@ PrivateFolder::~PrivateFolder()
     if (!m_path.empty() && m_process == getpid()) {
         const HeldSignals held;
         remove();
-        restoreHandlers();
         activeFolder = nullptr;
     }
 }
 
-void PrivateFolder::handleSignal(int number)
+void PrivateFolder::removeExisting()
 {
-    const int errnoBefore = errno;
     const PrivateFolder* folder = activeFolder.load();
-    // A child between fork and exec still has this handler.
+    // A child between fork and exec has the same folder in mind.
     if (folder != nullptr && folder->m_process == getpid()) {
         folder->remove();
-    }
-    for (std::size_t i = 0; i < signalNumbers.size(); ++i) {
-        if (signalNumbers[i] == number) {
-            sigaction(number, &actionsBefore[i], nullptr);
-        }
-    }
-    raise(number); // delivered when the handler returns
-    errno = errnoBefore;
-}
-
-void PrivateFolder::installHandlers()
-{
-    struct sigaction action = {};
-    action.sa_handler = handleSignal;
-    action.sa_flags = SA_ONSTACK; // where there is one
-    sigemptyset(&action.sa_mask);
-    for (std::size_t i = 0; i < signalNumbers.size(); ++i) {
-        sigaction(signalNumbers[i], nullptr, &actionsBefore[i]);
-        if (actionsBefore[i].sa_handler != SIG_IGN) {
-            sigaction(signalNumbers[i], &action, nullptr);
-        }
-    }
-}
-
-void PrivateFolder::restoreHandlers()
-{
-    for (std::size_t i = 0; i < signalNumbers.size(); ++i) {
-        sigaction(signalNumbers[i], &actionsBefore[i], nullptr);
     }
 }
 

@@ -8,9 +8,9 @@
 /// A new folder for temporary files, which nobody else may enter. At most one
 /// exists at a time.
 ///
-/// It is removed with all that is in it when it is destroyed and when a signal
-/// that can be caught ends the program; after that whatever else handled the
-/// signal has its turn. After SIGKILL it stays.
+/// It is removed with all that is in it when it is destroyed, or by
+/// removeExisting(), which is for whoever deals with signals. After SIGKILL it
+/// stays.
 class PrivateFolder
 {
 public:
@@ -31,12 +31,12 @@ public:
     /// Removes what is in it. Async-signal-safe.
     void clear() const;
 
+    /// Removes the one that exists, if this process has made it.
+    /// Async-signal-safe.
+    static void removeExisting();
+
 private:
     PrivateFolder();
-
-    static void handleSignal(int number);
-    static void installHandlers();
-    static void restoreHandlers();
 
     void remove() const;
 

@@ -74,7 +74,7 @@ void sendAgain(int number, siginfo_t* info)
 
 } // namespace
 
-EndingSignals::EndingSignals(CleanUp cleanUp) : m_cleanUp(cleanUp)
+EndingSignals::EndingSignals(CleanUp first, CleanUp second) : m_cleanUps{first, second}
 {
     sigset_t held;
     sigemptyset(&held);
@@ -146,7 +146,11 @@ void EndingSignals::handle(int number, siginfo_t* info, void* /*context*/)
 
 void EndingSignals::cleanUpAndEnd(int number, siginfo_t* info) const
 {
-    m_cleanUp();
+    for (const CleanUp cleanUp : m_cleanUps) {
+        if (cleanUp != nullptr) {
+            cleanUp();
+        }
+    }
     sigaction(number, &m_actionsBefore[static_cast<std::size_t>(number)], nullptr);
     sendAgain(number, info); // delivered when the handler returns
 }

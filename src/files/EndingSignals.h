@@ -16,10 +16,11 @@ public:
     /// Runs in a signal handler: async-signal-safe calls only.
     using CleanUp = void (*)();
 
-    /// From now on, `cleanUp` runs before a signal ends the program as it would
-    /// have ended it without, with a core dump where it makes one. A crash may
-    /// come at once; all other signals wait for release().
-    explicit EndingSignals(CleanUp cleanUp);
+    /// From now on, `first` and then `second`, which may be null, run before a
+    /// signal ends the program as it would have ended it without, with a core
+    /// dump where it makes one. A crash may come at once; all other signals wait
+    /// for release().
+    explicit EndingSignals(CleanUp first, CleanUp second = nullptr);
 
     /// Gives every signal its old action and lets those that wait go on.
     ~EndingSignals();
@@ -30,14 +31,12 @@ public:
     /// Lets the signals that wait, and all later ones, come at once.
     void release();
 
-    /// Gives every signal its old action; those that wait still do.
-    void restoreActions();
-
 private:
+    void restoreActions();
     static void handle(int number, siginfo_t* info, void* context);
     void cleanUpAndEnd(int number, siginfo_t* info) const;
 
-    CleanUp m_cleanUp;
+    std::array<CleanUp, 2> m_cleanUps;
     bool m_isHolding = true;
     sigset_t m_caught = {};
     sigset_t m_maskBefore = {};

@@ -14,11 +14,11 @@ constexpr off_t longestAttempt = 8;
 
 } // namespace
 
-OutputFileGuard::OutputFileGuard(const std::string& fileName)
+OutputFileGuard::OutputFileGuard(const std::string& fileName, EndingSignals::CleanUp alsoCleanUp)
     : m_name(fileName),
       m_process(getpid()),
       m_existedBefore(m_name.find(m_before)),
-      m_signals(cleanUp)
+      m_signals(cleanUp, alsoCleanUp)
 {
     activeGuard = this;
 }
@@ -26,7 +26,6 @@ OutputFileGuard::OutputFileGuard(const std::string& fileName)
 OutputFileGuard::~OutputFileGuard()
 {
     removeFile();
-    m_signals.restoreActions();
     activeGuard = nullptr;
 }
 
@@ -55,7 +54,6 @@ bool OutputFileGuard::isInPlace() const
 void OutputFileGuard::keep()
 {
     m_state = State::Done;
-    m_signals.restoreActions();
 }
 
 void OutputFileGuard::cleanUp()

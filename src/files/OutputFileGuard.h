@@ -23,8 +23,10 @@ class OutputFileGuard
 {
 public:
     /// Construct it before the file is opened; all signals but crashes wait
-    /// until opened() or failedToOpen().
-    explicit OutputFileGuard(const std::string& fileName);
+    /// until opened() or failedToOpen(). Whenever a signal ends the program,
+    /// until the guard is destroyed, `alsoCleanUp` runs too, if it is not null.
+    explicit OutputFileGuard(const std::string& fileName,
+                             EndingSignals::CleanUp alsoCleanUp = nullptr);
 
     /// Removes the file unless it was kept.
     ~OutputFileGuard();

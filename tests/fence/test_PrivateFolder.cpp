@@ -97,7 +97,7 @@ TEST_P(EndingSignal, LeavesNeitherFolderNorOutput)
         const rlimit noCore = {0, 0};
         setrlimit(RLIMIT_CORE, &noCore);
         signal(GetParam().signal, SIG_DFL); // the sanitizers have handlers
-        OutputFileGuard guard(output);
+        OutputFileGuard guard(output, PrivateFolder::removeExisting);
         guard.opened(open(output.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
         const auto folder = PrivateFolder::shared();
         std::ofstream(folder->path() + "/file") << "content";
@@ -119,8 +119,11 @@ INSTANTIATE_TEST_SUITE_P(PrivateFolder, EndingSignal, testing::ValuesIn(rows),
 
 TEST_F(TemporaryPlace, IsLeftAloneByASignalThatIsIgnored)
 {
-    const int status = Attempts::statusOf([] {
+    const std::string output = m_place.path("out.tif");
+    const int status = Attempts::statusOf([&output] {
         signal(SIGHUP, SIG_IGN);
+        OutputFileGuard guard(output, PrivateFolder::removeExisting);
+        guard.failedToOpen();
         const auto folder = PrivateFolder::shared();
         raise(SIGHUP);
         return access(folder->path().c_str(), F_OK);
@@ -128,14 +131,17 @@ TEST_F(TemporaryPlace, IsLeftAloneByASignalThatIsIgnored)
     EXPECT_EQ(status, 0);
 }
 
-TEST_F(TemporaryPlace, LosesTheHandlersWithTheFolder)
+TEST_F(TemporaryPlace, StaysWhereAnotherProcessLooksForItsOwn)
 {
-    struct sigaction before = {};
-    sigaction(SIGTERM, nullptr, &before);
-    PrivateFolder::shared();
-    struct sigaction after = {};
-    sigaction(SIGTERM, nullptr, &after);
-    EXPECT_EQ(after.sa_handler, before.sa_handler);
+    const auto folder = PrivateFolder::shared();
+    EXPECT_EQ(Attempts::statusOf([] {
+                  PrivateFolder::removeExisting();
+                  return 0;
+              }),
+              0);
+    EXPECT_EQ(access(folder->path().c_str(), F_OK), 0);
+    PrivateFolder::removeExisting();
+    EXPECT_NE(access(folder->path().c_str(), F_OK), 0);
 }
 
 } // namespace
