@@ -71,12 +71,16 @@ void reportStack(const char* title)
 
 constexpr std::array<int, 3> crashSignals = {SIGABRT, SIGBUS, SIGSEGV};
 
+// From the report of a crash on, the program decides what comes.
+std::atomic<bool> isCrashReported = false;
+
 // What the program itself wants to do about each of them.
 std::array<struct sigaction, crashSignals.size()> programActions = {};
 
 void reportCrash(int number)
 {
     reportStack("crash\n");
+    isCrashReported = true;
     const auto* const signal = std::find(crashSignals.begin(), crashSignals.end(), number);
     libcSigaction(number, &programActions[static_cast<std::size_t>(signal - crashSignals.begin())],
                   nullptr);
@@ -128,7 +132,7 @@ bool strikes(size_t size)
 int faultySigaction(int number, const struct sigaction* action, struct sigaction* before)
 {
     const auto* const signal = std::find(crashSignals.begin(), crashSignals.end(), number);
-    if (signal == crashSignals.end()) {
+    if (signal == crashSignals.end() || isCrashReported) {
         return libcSigaction(number, action, before);
     }
     struct sigaction& programAction =
