@@ -155,10 +155,7 @@ recipe_MailGateway() {
 
     rm queue.log queued.tif
     # A part that cannot be faxed is noted, and the rest is sent.
-    printf '#!/bin/sh\necho "morvaltide-prepare: can'"'"'t prepare '"'"'x'"'"': no" >&2; exit 1\n' \
-        >bin/morvaltide-prepare
-    chmod +x bin/morvaltide-prepare
-    printf 'Content-Type: application/zip; name=a.zip\n\nPK\n' >message
+    printf 'Content-Type: application/zip; name=a.zip\n\nPK\003\004\n' >message
     bin/mail-to-fax 5551234 <message || fail "mail-to-fax failed for a part that cannot be faxed"
     equal "the number of pages" "$(pages queued.tif)" 1
     equal "what was noted" "$(<logger.log)" "-t
