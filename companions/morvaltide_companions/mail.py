@@ -24,8 +24,8 @@ class Fax:
     """Makes the fax of one mail in a folder for temporary files.
 
     `options` has the attributes of the command line: output, strict, paper,
-    resolution, compression, margins, rotation, transformation, prepare (a list
-    of options for morvaltide-prepare), title, inline_pixels.
+    resolution, compression, margins, rotation, prepare (a list of options for
+    morvaltide-prepare), title, inline_pixels.
     """
 
     def __init__(self, options, beside, work):
@@ -104,8 +104,7 @@ class Fax:
         options = self._options
         result = os.path.join(folder, "fax.tif")
         arguments = ["-p", options.paper, "-r", options.resolution, "-c", options.compression]
-        for name, value in (("-m", options.margins), ("-R", options.rotation),
-                            ("-t", options.transformation)):
+        for name, value in (("-m", options.margins), ("-R", options.rotation)):
             arguments += [name, value] if value is not None else []
         arguments += ["-o", result, "--", *(os.path.join(ready, name) for name in files)]
         ended = tools.run([self._converter, *arguments], SECONDS, self._words)

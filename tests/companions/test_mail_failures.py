@@ -57,7 +57,9 @@ class Failures(FaxCase):
             ["/usr/bin/python3", os.path.join(support.COMPANIONS, "morvaltide-mail"), "--help"],
             stdout=subprocess.PIPE, check=True, env=self.environment)
         self.assertIn(b"--strict", done.stdout)
-        for arguments in ((), ("-o", ""), ("-o", "a", "-r", "best"), ("-o", "a", "b")):
+        for arguments in ((), ("-o", ""), ("-o", "a", "-r", "best"), ("-o", "a", "b"),
+                          # Prepared attachments have the size of the page, and keep their dots.
+                          ("-o", "a", "-t", "fittopaper")):
             self.assertEqual(self.run_program("morvaltide-mail", *arguments)[0], 2, arguments)
 
 

@@ -18,12 +18,12 @@ class Fax(FaxCase):
         message = mail()
         for name in ("report.pdf", "photo.jpg", "scan.tif"):
             attach(message, name)
-        self.fax(message, "-m", "0.5", "-t", "fittopaper")
+        self.fax(message, "-m", "0.5")
         pages = self.pages("fax.tif")
         if not os.path.exists(os.path.join(support.COMPANIONS, "morvaltide-prepare")):
             samples = [os.path.join(support.SAMPLES, name)
                        for name in ("report.pdf", "photo.jpg", "scan.tif")]
-            self.convert("direct.tif", "-m", "0.5", "-t", "fittopaper", *samples)
+            self.convert("direct.tif", "-m", "0.5", *samples)
             self.assertEqual(pages[1:], self.pages("direct.tif"))
         self.assertEqual(pages[0], self.own_page(self.HEADINGS, ["Hello"], 8))
         self.assertEqual(len(pages), 8)

@@ -1,6 +1,7 @@
 """What becomes of each kind of thing that arrives in a watched folder."""
 
 import os
+import shutil
 import signal
 import subprocess
 import unittest
@@ -167,6 +168,31 @@ exec {support.CONVERTER} "$@"
         self.assertTrue(line.startswith("morvaltide-watch: can't convert 'no document': "), line)
         self.assertEqual(self.names("done"), ["report.tif"])
         self.assertEqual(self.names("failed"), ["no document", "no document.txt"])
+
+    def test_documents_are_prepared_for_the_pages_that_they_are_converted_to(self):
+        # As installed, with a stand-in beside it that tells how it was called.
+        code = self.path("share", "morvaltide", "morvaltide_companions")
+        shutil.copytree(os.path.join(support.COMPANIONS, "morvaltide_companions"), code)
+        program = shutil.copy(os.path.join(support.COMPANIONS, "morvaltide-watch"), self.bin)
+        self.stand_in("morvaltide-prepare", f"""echo "$@" >{self.path('called')}
+while [ $# -gt 2 ]; do shift; done
+mkdir "$1" && cp "$2" "$1/0001.png"
+""")
+        self.arrive("a.png")
+        ended = self.run_program(program, "--prepare", "fax", "--", "-rstandard", "--margins=0.5",
+                                 "-c", "g4", "--paper", "letter", "-R", "-90")
+        self.assertEqual(ended, (0, ""))
+        with open(self.path("called"), encoding="utf-8") as file:
+            *options, _, _ = file.read().split()
+        self.assertEqual(options, [
+            "-r", "standard", "--margins", "0.5", "--paper-size", "letter"])
+
+    def test_prepared_documents_are_not_fitted_once_more(self):
+        self.arrive("a.png")
+        (*_, line) = self.watch("--prepare", "fax", "--", "--trans", "fittopaper", expected=2)
+        self.assertEqual(
+            line, "morvaltide-watch: error: prepared documents take no option -t")
+        self.assertEqual(os.listdir(self.path("fax", "incoming")), ["a.png"])
 
     def test_two_runs_do_not_meet(self):
         for i in range(6):
