@@ -7,6 +7,7 @@
 #include "fence/PrivateFolder.h"
 #include "files/FileName.h"
 #include "files/OutputFileGuard.h"
+#include "files/OutputFileName.h"
 
 #include <QFile>
 
@@ -23,7 +24,7 @@ namespace {
 bool isFile(const char* fileName, const struct stat& file)
 {
     struct stat info = {};
-    return stat(fileName, &info) == 0 && info.st_dev == file.st_dev && info.st_ino == file.st_ino;
+    return stat(fileName, &info) == 0 && OutputFileName::isSameFile(info, file);
 }
 
 } // namespace

@@ -97,17 +97,17 @@ QByteArray GhostScriptCommand::query(const QString& postScript) const
 }
 
 bool GhostScriptCommand::renderPages(unsigned long firstPage, unsigned long lastPage,
-                                     const RenderSize& size, const QString& device,
+                                     const RenderSize& size, const QString& outputDevice,
                                      ProcessOutputHandler* handler) const
 {
-    const auto run = startPages(firstPage, lastPage, size, device);
+    const auto run = startPages(firstPage, lastPage, size, outputDevice);
     return run && run->read(handler);
 }
 
 std::unique_ptr<RunningProcess> GhostScriptCommand::startPages(unsigned long firstPage,
                                                                unsigned long lastPage,
                                                                const RenderSize& size,
-                                                               const QString& device) const
+                                                               const QString& outputDevice) const
 {
     if (!isSafe()) {
         return nullptr;
@@ -118,7 +118,7 @@ std::unique_ptr<RunningProcess> GhostScriptCommand::startPages(unsigned long fir
                              QStringLiteral("-dNOPAUSE"),
                              QStringLiteral("-dFIXEDMEDIA"),
                              QStringLiteral("-dPDFFitPage"),
-                             QStringLiteral("-sDEVICE=") + device,
+                             QStringLiteral("-sDEVICE=") + outputDevice,
                              QStringLiteral("-dFirstPage=%1").arg(firstPage),
                              QStringLiteral("-dLastPage=%1").arg(lastPage)};
     const auto& [horizontalDpi, verticalDpi] = size.dpi;

@@ -33,19 +33,20 @@ public:
     unsigned long getPageCount() const;
 
     /// Renders the pages `firstPage` to `lastPage`, counted from 1, into
-    /// `handler`, on the output device `device`, for example "bit".
+    /// `handler`, on Ghostscript's output device `outputDevice`, for example "bit".
     ///
     /// The stream of "bit" is nothing but rows, top to bottom, of
     /// ceil(width / 8) bytes each, the most significant bit leftmost, 1 for
     /// black, page after page. A size below 1 x 1 or a resolution of 0 leaves
     /// that choice to Ghostscript. True if it ran and exited with code 0.
     bool renderPages(unsigned long firstPage, unsigned long lastPage, const RenderSize& size,
-                     const QString& device, ProcessOutputHandler* handler) const;
+                     const QString& outputDevice, ProcessOutputHandler* handler) const;
 
     /// Starts the same run and leaves its output to be read later. Null if the
-    /// file may not reach Ghostscript.
+    /// file may not reach Ghostscript, or for want of memory.
     std::unique_ptr<RunningProcess> startPages(unsigned long firstPage, unsigned long lastPage,
-                                               const RenderSize& size, const QString& device) const;
+                                               const RenderSize& size,
+                                               const QString& outputDevice) const;
 
 private:
     /// True if Ghostscript opens this very file, and as a PDF.
