@@ -18,3 +18,8 @@ sed -i 's/^Type=oneshot/Type=onshot/' units/*.service
 [[ $(verify) == *onshot* ]] || fail "a wrong unit is not found"
 grep -qx 'ExecStart=/usr/bin/morvaltide-watch /var/spool/morvaltide' \
     "$sources/packaging/systemd/morvaltide-watch.service" || fail "another program is started"
+# Without them the converter leaves its own fence out.
+for call in landlock_create_ruleset landlock_add_rule landlock_restrict_self seccomp; do
+    grep -qw "^SystemCallFilter=.*$call" "$sources/packaging/systemd/morvaltide-watch.service" ||
+        fail "the service may not call $call"
+done
