@@ -3,6 +3,7 @@
 import os
 
 from . import tools
+from .failure import Failure
 
 _DOS_HEADER = b"\xc5\xd0\xd3\xc6"  # EPS with a preview; Ghostscript knows it
 
@@ -12,7 +13,10 @@ def prepare(source: str, folder: str) -> str:
     with open(source, "rb") as file:
         data = file.read()
     if not data.startswith(_DOS_HEADER):
-        data = data[data.index(b"%!"):]  # without the job header of a printer driver
+        _, mark, program = data.partition(b"%!")
+        if not mark:
+            raise Failure("the print job has no PostScript program")
+        data = mark + program  # without the job header of a printer driver
     with open(os.path.join(folder, "program.ps"), "wb") as file:
         file.write(data)
     return to_pdf("program.ps", folder)

@@ -9,18 +9,22 @@ from .failure import Failure
 WIDTH, HEIGHT, BITS, PHOTOMETRIC, ORIENTATION = 256, 257, 258, 262, 274
 SAMPLES, STRIP_SIZES, X_RESOLUTION, Y_RESOLUTION, PLANES = 277, 279, 282, 283, 284
 UNIT, EXTRA_SAMPLES, SAMPLE_FORMAT = 296, 338, 339
+_KNOWN = {WIDTH, HEIGHT, BITS, PHOTOMETRIC, ORIENTATION, SAMPLES, STRIP_SIZES, X_RESOLUTION,
+          Y_RESOLUTION, PLANES, UNIT, EXTRA_SAMPLES, SAMPLE_FORMAT}
 
-_FORMATS = {1: "B", 2: "s", 3: "H", 4: "I", 5: "II", 6: "b", 8: "h", 9: "i", 10: "ii",
-            11: "f", 12: "d", 13: "I", 16: "Q", 17: "q", 18: "Q"}
+# Whole numbers and fractions: no tag above is anything else.
+_FORMATS = {1: "B", 3: "H", 4: "I", 5: "II", 6: "b", 8: "h", 9: "i", 10: "ii", 13: "I",
+            16: "Q", 17: "q", 18: "Q"}
 _MOST_PAGES = 10000
 _MOST_VALUES = 1 << 20
 _DAMAGED = "the TIFF file is damaged"
 
 
-def directories(path: str) -> list:
-    """The tags of each page: a list of values for each number of a tag."""
+def directories(path: str):
+    """The tags of one page after the other: a list of values for each of the
+    tags above."""
     with open(path, "rb") as file:
-        return list(_directories(file))
+        yield from _directories(file)
 
 
 def _directories(file):
@@ -36,7 +40,7 @@ def _directories(file):
         if offset in seen or len(seen) == _MOST_PAGES:
             raise Failure(_DAMAGED)
         seen.add(offset)
-        file.seek(offset)
+        _go_to(file, offset)
         count = _unpack(order + count_format, file.read(struct.calcsize(order + count_format)))[0]
         entry = struct.Struct(order + "HH" + word + ("8s" if big else "4s"))
         if count > 0xFFFF:
@@ -46,7 +50,7 @@ def _directories(file):
         yield {tag: _values(file, order, word, kind, number, value)
                for tag, kind, number, value in (_unpack(entry, data[at:at + entry.size])
                                                 for at in range(0, entry.size * count, entry.size))
-               if kind in _FORMATS}
+               if tag in _KNOWN and kind in _FORMATS}
 
 
 def _values(file, order, word, kind, number, value) -> list:
@@ -55,15 +59,20 @@ def _values(file, order, word, kind, number, value) -> list:
     if number > _MOST_VALUES:
         raise Failure(_DAMAGED)
     if size > len(value):
-        file.seek(_unpack(order + word, value)[0])
+        _go_to(file, _unpack(order + word, value)[0])
         value = file.read(size)
-    if format_ == "s":
-        return [value[:size]]
     numbers = _unpack(f"{order}{number * len(format_)}{format_[0]}", value[:size])
     if kind in (5, 10):
         return [top / bottom if bottom else 0.0
                 for top, bottom in zip(numbers[::2], numbers[1::2])]
     return list(numbers)
+
+
+def _go_to(file, offset: int) -> None:
+    try:
+        file.seek(offset)
+    except (OSError, ValueError):  # farther than any file goes
+        raise Failure(_DAMAGED) from None
 
 
 def _unpack(format_, data: bytes) -> tuple:

@@ -4,6 +4,7 @@ import os
 import pathlib
 import signal
 import stat
+import struct
 import subprocess
 import sys
 import time
@@ -237,10 +238,33 @@ class Refused(support.CompanionTest):
         with zipfile.ZipFile("document.docx", "w") as archive:
             archive.writestr("word/other.xml", "x")
         self.assertEqual(self.refused("document.docx"), "a ZIP archive cannot be faxed")
+        with zipfile.ZipFile("document.odt", "w", zipfile.ZIP_DEFLATED) as archive:
+            archive.writestr("mimetype", "application/vnd.oasis.opendocument.text")
+        data = pathlib.Path("document.odt").read_bytes()
+        coded = 30 + len("mimetype")  # behind the header of the member and its name
+        pathlib.Path("document.odt").write_bytes(data[:coded] + b"\xff" * 8 + data[coded + 8:])
+        self.assertEqual(self.refused("document.odt"), "a ZIP archive cannot be faxed")
+
+    def test_print_job_without_a_program(self):
+        pathlib.Path("job").write_bytes(b"\x1b%-12345X@PJL ENTER LANGUAGE=POSTSCRIPT\r\n")
+        self.assertEqual(self.refused("job"), "the print job has no PostScript program")
 
     def test_tiff_whose_pages_go_round(self):
         pathlib.Path("round.tif").write_bytes(b"II*\0\x08\0\0\0" + bytes(2) + b"\x08\0\0\0")
         self.assertEqual(self.refused("round.tif"), "the TIFF file is damaged")
+
+    def test_tiff_whose_pages_are_farther_than_any_file_goes(self):
+        for offset in (b"\xff" * 7 + b"\x7f", b"\xff" * 8):
+            pathlib.Path("far.tif").write_bytes(b"II+\0\x08\0\0\0" + offset)
+            with self.subTest(offset=offset):
+                self.assertEqual(self.refused("far.tif"), "the TIFF file is damaged")
+
+    def test_tiff_whose_numbers_are_words(self):
+        # Orientation and width as text: neither says anything, and no picture is left.
+        entries = b"".join(struct.pack("<HHI4s", tag, 2, 4, b"word") for tag in (256, 274))
+        pathlib.Path("words.tif").write_bytes(
+            b"II*\0\x08\0\0\0" + struct.pack("<H", 2) + entries + bytes(4))
+        self.assertEqual(self.refused("words.tif"), "the picture is damaged or too large")
 
 
 class Tools(support.CompanionTest):
