@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# The packages of this project in Debian 12 and 13, by purpose, and their installation.
+# The packages of this project in Debian 12 and Debian 13, by purpose, and their installation.
 # To be sourced.
 # shellcheck disable=SC2034 # the lists are for the scripts that source this
 
@@ -45,8 +45,8 @@ testPackages=(
     parallel
     python3
     qpdf                # repairs PDF documents and turns their pages
-    systemd             # checks the units of the watched folder
     qt5-gtk-platformtheme # a plug-in that must not be loaded
+    systemd             # checks the units of the watched folder
     zlib1g-dev
 )
 
