@@ -41,9 +41,10 @@ with CCITT group 3 or group 4, for fax servers and mail gateways.
 Paper size, resolution, margins and rotation can be chosen. The program runs
 without a display.
 .
-Its companions turn mails into faxes (morvaltide-mail), convert lists of
-documents on one machine or many (morvaltide-batch), and convert what arrives
-in a folder (morvaltide-watch).")
+Its companions make documents of other kinds ready (morvaltide-prepare), turn
+mails into faxes (morvaltide-mail), convert lists of documents on one machine
+or many (morvaltide-batch) and what arrives in a folder (morvaltide-watch), and
+serve the queue of a HylaFAX server (morvaltide-ps2fax).")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
