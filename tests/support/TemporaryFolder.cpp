@@ -4,11 +4,20 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
+#include <system_error>
 
 TemporaryFolder::TemporaryFolder()
 {
     EXPECT_TRUE(m_folder.isValid());
+}
+
+TemporaryFolder::~TemporaryFolder()
+{
+    // Qt leaves behind what has a name that is not UTF-8.
+    std::error_code error;
+    std::filesystem::remove_all(m_folder.path().toStdString(), error);
 }
 
 std::string TemporaryFolder::path(const std::string& fileName) const

@@ -12,6 +12,10 @@ class TemporaryFolder
 {
 public:
     TemporaryFolder();
+    ~TemporaryFolder();
+
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     /// The absolute path of a file in the folder, whether it exists or not.
     std::string path(const std::string& fileName) const;
