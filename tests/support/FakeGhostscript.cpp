@@ -21,6 +21,24 @@ QByteArray quoted(const QString& path)
 
 } // namespace
 
+FakeGhostscript::FakeGhostscript(const Answers& answers)
+    : m_realGhostscript(QStandardPaths::findExecutable(QStringLiteral("gs"))),
+      m_searchPath(SearchPath::withFirst(m_folder.qPath(QString())))
+{
+    const GhostscriptAnswer steps =
+        GhostscriptAnswer::recordArguments(m_folder.qPath(recordFile)) +
+        GhostscriptAnswer::recordProcess(m_folder.qPath(processFile), m_folder.qPath(overlapFile)) +
+        GhostscriptAnswer::choice(answers.query, answers.run, answers.runsFrom);
+    m_folder.write("gs", steps.script(m_realGhostscript));
+    EXPECT_TRUE(QFile::setPermissions(m_folder.qPath(QStringLiteral("gs")),
+                                      QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+}
+
+FakeGhostscript::FakeGhostscript(const GhostscriptAnswer& answer)
+    : FakeGhostscript(Answers{answer, answer, {}})
+{
+}
+
 FakeGhostscript::FakeGhostscript(const QByteArray& commands)
     : m_searchPath(SearchPath::withFirst(m_folder.qPath(QString())))
 {
@@ -108,6 +126,12 @@ QStringList FakeGhostscript::renderedRanges() const
         }
     }
     return ranges;
+}
+
+pid_t FakeGhostscript::lastProcess() const
+{
+    QFile file(m_folder.qPath(processFile));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().toInt() : 0;
 }
 
 int FakeGhostscript::overlaps() const

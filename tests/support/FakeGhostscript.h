@@ -1,18 +1,37 @@
 #pragma once
 
+#include "support/GhostscriptAnswer.h"
 #include "support/SearchPath.h"
 #include "support/TemporaryFolder.h"
 
 #include <QByteArray>
+#include <QString>
 #include <QStringList>
 
+#include <map>
 #include <vector>
 
-/// A shell script called "gs" in front of the search path for as long as it
-/// lives. It records the arguments of each run, then plays the given commands.
+#include <sys/types.h>
+
+/// A program called "gs" in front of the search path for as long as it lives. It
+/// records the arguments of each run, then answers as it was told.
 class FakeGhostscript
 {
 public:
+    struct Answers
+    {
+        GhostscriptAnswer query; ///< when it is asked about a document
+        GhostscriptAnswer run;   ///< when it has to draw pages
+        /// In the place of `run` where the first page has this number.
+        std::map<int, GhostscriptAnswer> runsFrom = {};
+    };
+
+    explicit FakeGhostscript(const Answers& answers);
+
+    /// Answers everything alike.
+    explicit FakeGhostscript(const GhostscriptAnswer& answer);
+
+    /// Plays shell commands.
     explicit FakeGhostscript(const QByteArray& commands);
 
     /// Commands that run the real Ghostscript with the same arguments. To be
@@ -33,9 +52,13 @@ public:
     /// How many runs were started while the one before was still running.
     int overlaps() const;
 
+    /// The process number of the run that was started last, or 0.
+    pid_t lastProcess() const;
+
 private:
     QByteArray noteOverlap() const;
 
     TemporaryFolder m_folder;
+    QString m_realGhostscript; // before the search path changes
     SearchPath m_searchPath;
 };
