@@ -10,11 +10,13 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <ostream>
 #include <string>
 
 namespace {
 
+using Answer = GhostscriptAnswer;
 using Sizes = std::vector<QSizeF>;
 
 const QString bitDevice = QStringLiteral("bit");
@@ -59,7 +61,7 @@ protected:
     }
 
     QString m_fileName = write("%PDF-1.4\n");
-    FakeGhostscript m_ghostscript{"exit 0"};
+    FakeGhostscript m_ghostscript{Answer()};
     GhostScriptCommand m_command{m_fileName};
 };
 
@@ -164,7 +166,7 @@ TEST(CommandLineOfAName, KeepsAPlaceholderInTheName)
 {
     const TemporaryFolder folder;
     const QString fileName = QString::fromStdString(folder.write("a%1b%2.pdf", "%PDF-1.4\n"));
-    const FakeGhostscript ghostscript("exit 0");
+    const FakeGhostscript ghostscript{Answer()};
     GhostScriptCommand(fileName).getPageCount();
     ASSERT_EQ(ghostscript.runs().size(), 1U);
     EXPECT_EQ(ghostscript.runs()[0].last(),
@@ -218,14 +220,14 @@ class PageSizeAnswer : public GhostScriptCommandTest, public testing::WithParamI
 TEST_P(PageSizeAnswer, IsReadLineByLine)
 {
     const QString fileName = write("%PDF-1.4\n");
-    const FakeGhostscript ghostscript("printf '%s' '" + GetParam().answer + '\'');
+    const FakeGhostscript ghostscript(Answer::print(GetParam().answer));
     EXPECT_EQ(GhostScriptCommand(fileName).getPageSizes(), GetParam().sizes);
 }
 
 TEST_P(PageSizeAnswer, CountsForNothingIfTheRunFails)
 {
     const QString fileName = write("%PDF-1.4\n");
-    const FakeGhostscript ghostscript("printf '%s' '" + GetParam().answer + "'; exit 1");
+    const FakeGhostscript ghostscript(Answer::print(GetParam().answer) + Answer::exit(1));
     EXPECT_EQ(GhostScriptCommand(fileName).getPageSizes(), Sizes());
 }
 
@@ -235,24 +237,24 @@ INSTANTIATE_TEST_SUITE_P(GhostScriptCommand, PageSizeAnswer, testing::ValuesIn(a
 struct CountRow
 {
     const char* name;
-    QByteArray commands;
+    Answer answer;
     unsigned long count;
 };
 
 const CountRow countRows[] = {
-    {"ANumber", "echo 12", 12},
-    {"ANumberBetweenBlanks", "printf ' \\n 12 \\r\\n'", 12},
-    {"Zero", "echo 0", 0},
-    {"ABigNumber", "echo 4294967296", 4294967296},
-    {"AWord", "echo twelve", 0},
-    {"ANumberAndAWord", "echo 12 pages", 0},
-    {"ANegativeNumber", "echo -1", 0},
-    {"AHexadecimalNumber", "echo 0x10", 0},
-    {"ARealNumber", "echo 1.5", 0},
-    {"TwoLines", "echo 1; echo 2", 0},
-    {"Nothing", "exit 0", 0},
-    {"ANumberOfAFailedRun", "echo 12; exit 1", 0},
-    {"ANumberOfAKilledRun", "echo 12; kill -KILL $$", 0},
+    {"ANumber", Answer::print("12\n"), 12},
+    {"ANumberBetweenBlanks", Answer::print(" \n 12 \r\n"), 12},
+    {"Zero", Answer::print("0\n"), 0},
+    {"ABigNumber", Answer::print("4294967296\n"), 4294967296},
+    {"AWord", Answer::print("twelve\n"), 0},
+    {"ANumberAndAWord", Answer::print("12 pages\n"), 0},
+    {"ANegativeNumber", Answer::print("-1\n"), 0},
+    {"AHexadecimalNumber", Answer::print("0x10\n"), 0},
+    {"ARealNumber", Answer::print("1.5\n"), 0},
+    {"TwoLines", Answer::print("1\n2\n"), 0},
+    {"Nothing", {}, 0},
+    {"ANumberOfAFailedRun", Answer::print("12\n") + Answer::exit(1), 0},
+    {"ANumberOfAKilledRun", Answer::print("12\n") + Answer::crash(SIGKILL), 0},
 };
 
 class PageCountAnswer : public GhostScriptCommandTest, public testing::WithParamInterface<CountRow>
@@ -262,7 +264,7 @@ class PageCountAnswer : public GhostScriptCommandTest, public testing::WithParam
 TEST_P(PageCountAnswer, IsADecimalNumber)
 {
     const QString fileName = write("%PDF-1.4\n");
-    const FakeGhostscript ghostscript(GetParam().commands);
+    const FakeGhostscript ghostscript(GetParam().answer);
     EXPECT_EQ(GhostScriptCommand(fileName).getPageCount(), GetParam().count);
 }
 
@@ -289,24 +291,35 @@ TEST_F(GhostScriptCommandTest, RendersNothingWithoutGhostscript)
 TEST_F(GhostScriptCommandTest, FindsNoPagesWhenASignalKillsGhostscript)
 {
     const GhostScriptCommand command(write(SamplePdf::equalPages(1)));
-    const FakeGhostscript ghostscript("echo 0 0 612 792; kill -KILL $$");
+    const FakeGhostscript ghostscript(Answer::pageSizes(1) + Answer::crash(SIGKILL));
     EXPECT_EQ(command.getPageSizes(), Sizes());
 }
 
 struct RenderOutcomeRow
 {
     const char* name;
-    QByteArray commands;
+    Answer answer;
     bool ok;
     QByteArray output;
 };
 
+// Letter by letter.
+Answer inChunks(const QByteArray& text)
+{
+    Answer answer;
+    for (const char letter : text) {
+        answer = answer + Answer::print(QByteArray(1, letter)) + Answer::pause();
+    }
+    return answer;
+}
+
 const RenderOutcomeRow renderOutcomeRows[] = {
-    {"SucceedsWithExitCodeZero", "printf page", true, "page"},
-    {"FailsWithExitCodeOneAfterGoodOutput", "printf page; exit 1", false, "page"},
-    {"FailsWhenASignalKillsGhostscript", "printf page; kill -TERM $$", false, "page"},
-    {"SucceedsWithoutOutput", "exit 0", true, ""},
-    {"JoinsTinyChunks", "for i in a b c d e f; do printf $i; sleep 0.05; done", true, "abcdef"},
+    {"SucceedsWithExitCodeZero", Answer::print("page"), true, "page"},
+    {"FailsWithExitCodeOneAfterGoodOutput", Answer::print("page") + Answer::exit(1), false, "page"},
+    {"FailsWhenASignalKillsGhostscript", Answer::print("page") + Answer::crash(SIGTERM), false,
+     "page"},
+    {"SucceedsWithoutOutput", {}, true, ""},
+    {"JoinsTinyChunks", inChunks("abcdef"), true, "abcdef"},
 };
 
 class RenderOutcome : public GhostScriptCommandTest,
@@ -317,7 +330,7 @@ class RenderOutcome : public GhostScriptCommandTest,
 TEST_P(RenderOutcome, IsThatOfTheRun)
 {
     const GhostScriptCommand command(write("%PDF-1.4\n"));
-    const FakeGhostscript ghostscript(GetParam().commands);
+    const FakeGhostscript ghostscript(GetParam().answer);
     CollectingHandler handler;
     EXPECT_EQ(command.renderPages(1, 1, small, bitDevice, &handler), GetParam().ok);
     EXPECT_EQ(handler.collected(), GetParam().output);
@@ -329,7 +342,7 @@ INSTANTIATE_TEST_SUITE_P(GhostScriptCommand, RenderOutcome, testing::ValuesIn(re
 TEST_F(GhostScriptCommandTest, PassesErrorOutputOn)
 {
     const GhostScriptCommand command(write("%PDF-1.4\n"));
-    const FakeGhostscript ghostscript("printf remark >&2");
+    const FakeGhostscript ghostscript(Answer::remark("remark"));
     CollectingHandler handler;
     testing::internal::CaptureStderr();
     command.getPageSizes();
@@ -362,7 +375,7 @@ protected:
 
 private:
     GhostScriptCommand m_command{write("%PDF-1.4\n")};
-    FakeGhostscript m_ghostscript{"printenv GS_OPTIONS >&2 || printf none >&2"};
+    FakeGhostscript m_ghostscript{Answer::remarkOnOptions()};
 };
 
 TEST_F(EnvironmentOfARun, SendsTheRemarksOfTheRunToStandardError)
@@ -404,7 +417,7 @@ class FileThatIsNoPdf : public GhostScriptCommandTest,
 {
 protected:
     GhostScriptCommand m_command{write(GetParam().content)};
-    FakeGhostscript m_ghostscript{"echo 0 0 612 792"};
+    FakeGhostscript m_ghostscript{Answer::pageSizes(1)};
 };
 
 TEST_P(FileThatIsNoPdf, HasNoPageSizesAndStartsNoGhostscript)
@@ -432,7 +445,7 @@ INSTANTIATE_TEST_SUITE_P(GhostScriptCommand, FileThatIsNoPdf, testing::ValuesIn(
 TEST(GhostScriptCommand, StartsNoGhostscriptForAFileThatDoesNotExist)
 {
     const TemporaryFolder folder;
-    const FakeGhostscript ghostscript("echo 0 0 612 792");
+    const FakeGhostscript ghostscript(Answer::pageSizes(1));
     const GhostScriptCommand command(folder.qPath(QStringLiteral("nothing.pdf")));
     EXPECT_EQ(command.getPageSizes(), Sizes());
     EXPECT_EQ(command.getPageCount(), 0U);
@@ -441,7 +454,7 @@ TEST(GhostScriptCommand, StartsNoGhostscriptForAFileThatDoesNotExist)
 
 TEST(GhostScriptCommand, StartsNoGhostscriptForAnEmptyName)
 {
-    const FakeGhostscript ghostscript("echo 0 0 612 792");
+    const FakeGhostscript ghostscript(Answer::pageSizes(1));
     EXPECT_EQ(GhostScriptCommand(QString()).getPageSizes(), Sizes());
     EXPECT_EQ(ghostscript.runs().size(), 0U);
 }
@@ -450,7 +463,7 @@ TEST(GhostScriptCommand, StartsNoGhostscriptForANameItWouldMisread)
 {
     const TemporaryFolder folder;
     const QString fileName = QString::fromStdString(folder.write("a(b.pdf", "%PDF-1.4\n"));
-    const FakeGhostscript ghostscript("echo 0 0 612 792");
+    const FakeGhostscript ghostscript(Answer::pageSizes(1));
     const GhostScriptCommand command(fileName);
     CollectingHandler handler;
     EXPECT_EQ(command.getPageSizes(), Sizes());

@@ -131,7 +131,7 @@ TEST_F(ImagePdfRendererTest, ReadsASecondFile)
 
 TEST_F(ImagePdfRendererTest, DoesNotReadTheFileOfTheSameDeviceAgain)
 {
-    const FakeGhostscript ghostscript("echo 0 0 1 2");
+    const FakeGhostscript ghostscript(GhostscriptAnswer::print("0 0 1 2\n"));
     m_renderer.setDevice(&m_first);
     m_renderer.setDevice(&m_first);
     EXPECT_EQ(ghostscript.runs().size(), 1U);
@@ -139,7 +139,7 @@ TEST_F(ImagePdfRendererTest, DoesNotReadTheFileOfTheSameDeviceAgain)
 
 TEST_F(ImagePdfRendererTest, DoesNotReadTheSameFileAgainBehindAnotherDevice)
 {
-    const FakeGhostscript ghostscript("echo 0 0 1 2");
+    const FakeGhostscript ghostscript(GhostscriptAnswer::print("0 0 1 2\n"));
     QFile other(m_first.fileName());
     m_renderer.setDevice(&m_first);
     m_renderer.setDevice(&other);
@@ -149,7 +149,7 @@ TEST_F(ImagePdfRendererTest, DoesNotReadTheSameFileAgainBehindAnotherDevice)
 
 TEST_F(ImagePdfRendererTest, ReadsTheFileOnceHoweverManyPagesItHas)
 {
-    const FakeGhostscript ghostscript(FakeGhostscript::realGhostscript());
+    const FakeGhostscript ghostscript(GhostscriptAnswer::real());
     m_renderer.setDevice(&m_first);
     for (unsigned long index = 0; index < m_renderer.count(); ++index) {
         EXPECT_FALSE(page(index).isNull());
@@ -162,7 +162,7 @@ TEST_F(ImagePdfRendererTest, ReadsTheFileOnceHoweverManyPagesItHas)
 TEST_F(ImagePdfRendererTest, RendersTwentyStandardPagesInTwoRunsOfRealGhostscript)
 {
     QFile file(write("twenty.pdf", SamplePdf::equalPages(20, SamplePdf::a4)));
-    const FakeGhostscript ghostscript(FakeGhostscript::realGhostscript());
+    const FakeGhostscript ghostscript(GhostscriptAnswer::real());
     m_renderer.setDevice(&file);
     ASSERT_EQ(m_renderer.count(), 20U);
     for (unsigned long index = 0; index < 20; ++index) {
@@ -176,7 +176,7 @@ TEST_F(ImagePdfRendererTest, RendersTwentyStandardPagesInTwoRunsOfRealGhostscrip
 TEST_F(ImagePdfRendererTest, RendersFortyStandardPagesInThreeRunsOfRealGhostscript)
 {
     QFile file(write("forty.pdf", SamplePdf::equalPages(40, SamplePdf::a4)));
-    const FakeGhostscript ghostscript(FakeGhostscript::realGhostscript());
+    const FakeGhostscript ghostscript(GhostscriptAnswer::real());
     m_renderer.setDevice(&file);
     ASSERT_EQ(m_renderer.count(), 40U);
     for (unsigned long index = 0; index < 40; ++index) {
@@ -194,7 +194,7 @@ TEST_F(ImagePdfRendererTest, RendersAlternatingSizesEachInARunOfItsOwn)
         write("mixed.pdf",
               SamplePdf::file(
                   {{SamplePdf::a4}, {SamplePdf::letter}, {SamplePdf::a4}, {SamplePdf::letter}})));
-    const FakeGhostscript ghostscript(FakeGhostscript::realGhostscript());
+    const FakeGhostscript ghostscript(GhostscriptAnswer::real());
     m_renderer.setDevice(&file);
     for (unsigned long index = 0; index < 4; ++index) {
         EXPECT_FALSE(page(index).isNull()) << index;

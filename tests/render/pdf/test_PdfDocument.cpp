@@ -166,7 +166,7 @@ TEST_F(PdfDocumentTest, FailsAtTheLastPageOfAFileWithAPassword)
 TEST_F(PdfDocumentTest, DoesNotReadTheSameFileAgain)
 {
     const QString fileName = write("a.pdf", SamplePdf::equalPages(1));
-    const FakeGhostscript ghostscript("echo 0 0 1 2");
+    const FakeGhostscript ghostscript(GhostscriptAnswer::print("0 0 1 2\n"));
     m_document.setFileName(fileName);
     m_document.setFileName(fileName);
     EXPECT_EQ(ghostscript.runs().size(), 1U);
@@ -207,7 +207,8 @@ TEST_F(PdfDocumentTest, HasNoPagesWithoutGhostscript)
 TEST_F(PdfDocumentTest, HasNoPagesWhenGhostscriptFails)
 {
     const QString fileName = write("a.pdf", SamplePdf::equalPages(1));
-    const FakeGhostscript ghostscript("echo 0 0 1 2; exit 1");
+    const FakeGhostscript ghostscript(GhostscriptAnswer::print("0 0 1 2\n") +
+                                      GhostscriptAnswer::exit(1));
     m_document.setFileName(fileName);
     EXPECT_EQ(m_document.pageSizes(), Sizes());
 }

@@ -13,14 +13,18 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstring>
 #include <limits>
+#include <map>
 #include <memory>
 #include <string>
 #include <tuple>
 #include <vector>
 
 namespace {
+
+using Answer = GhostscriptAnswer;
 
 constexpr std::size_t eightMebibytes = 8388608;
 
@@ -213,8 +217,7 @@ class PageLayout : public testing::TestWithParam<LayoutRow>
 protected:
     QImage render(std::size_t cacheLimit) const
     {
-        const FakeGhostscript ghostscript(
-            FakeGhostscript::numberedPages("0 0 612 792\n0 0 612 792\n0 0 612 792\n"));
+        const FakeGhostscript ghostscript({Answer::pageSizes(3), Answer::numberedPages()});
         Document document("%PDF-1.4\n");
         document.renderer().setForwardCacheLimit(cacheLimit);
         QImage image;
@@ -246,18 +249,13 @@ INSTANTIATE_TEST_SUITE_P(PdfPageRenderer, PageLayout, testing::ValuesIn(layoutRo
 
 // The forward cache, counted by the runs of a stand-in.
 
-QByteArray equalBoxes(int count)
-{
-    return QByteArray("0 0 612 792\n").repeated(count);
-}
-
 /// A document that a stand-in pretends to read: every byte of a page is its
 /// number, counted from 1.
 class PretendedDocument
 {
 public:
-    explicit PretendedDocument(const QByteArray& boxes, std::size_t cacheLimit = eightMebibytes)
-        : m_ghostscript(FakeGhostscript::numberedPages(boxes)),
+    explicit PretendedDocument(const Answer& sizes, std::size_t cacheLimit = eightMebibytes)
+        : m_ghostscript({sizes, Answer::numberedPages()}),
           m_document("%PDF-1.4\n")
     {
         m_document.renderer().setForwardCacheLimit(cacheLimit);
@@ -338,7 +336,7 @@ std::vector<int> numbersUpTo(int last)
 
 TEST(ForwardCache, RendersTwentyStandardPagesInTwoRuns)
 {
-    PretendedDocument document(equalBoxes(20));
+    PretendedDocument document(Answer::pageSizes(20));
     QImage image;
     for (unsigned long index = 0; index < 20; ++index) {
         ASSERT_TRUE(document.renderer().renderPage(index, standardA4, image));
@@ -350,7 +348,7 @@ TEST(ForwardCache, RendersTwentyStandardPagesInTwoRuns)
 
 TEST(ForwardCache, KeepsFourUltrafinePagesAhead)
 {
-    PretendedDocument document(equalBoxes(11));
+    PretendedDocument document(Answer::pageSizes(11));
     QImage image;
     for (unsigned long index = 0; index < 11; ++index) {
         ASSERT_TRUE(document.renderer().renderPage(index, ultrafineA4, image));
@@ -364,7 +362,7 @@ TEST(ForwardCache, KeepsFourUltrafinePagesAhead)
 struct CacheRow
 {
     const char* name;
-    QByteArray boxes;
+    Answer sizes;
     std::size_t limit;
     RenderSize size;
     std::vector<unsigned long> requests;
@@ -375,80 +373,82 @@ struct CacheRow
 // is left that could be read ahead: whether such a run still records itself
 // before it is killed is a matter of luck.
 const CacheRow cacheRows[] = {
-    {"PagesComeFromOneRun", equalBoxes(5), eightMebibytes, pixels(64, 10), upTo(5),
+    {"PagesComeFromOneRun", Answer::pageSizes(5), eightMebibytes, pixels(64, 10), upTo(5),
      QStringLiteral("1-5")},
-    {"PackedPagesComeFromOneRun", equalBoxes(5), eightMebibytes, pixels(37, 10), upTo(5),
+    {"PackedPagesComeFromOneRun", Answer::pageSizes(5), eightMebibytes, pixels(37, 10), upTo(5),
      QStringLiteral("1-5")},
-    {"TheBudgetCountsOnlyThePagesAhead", equalBoxes(7), 160, pixels(64, 10), upTo(7),
+    {"TheBudgetCountsOnlyThePagesAhead", Answer::pageSizes(7), 160, pixels(64, 10), upTo(7),
      QStringLiteral("1-3 4-6 7-7")},
-    {"ABudgetOfAByteLessKeepsOnePageLess", equalBoxes(5), 159, pixels(64, 10), upTo(5),
+    {"ABudgetOfAByteLessKeepsOnePageLess", Answer::pageSizes(5), 159, pixels(64, 10), upTo(5),
      QStringLiteral("1-2 3-4 5-5")},
-    {"APageLargerThanTheBudgetIsRenderedAlone", equalBoxes(3), 79, pixels(64, 10), upTo(3),
+    {"APageLargerThanTheBudgetIsRenderedAlone", Answer::pageSizes(3), 79, pixels(64, 10), upTo(3),
      QStringLiteral("1-1 2-2 3-3")},
-    {"ALimitOfZeroRendersEveryPageAlone", equalBoxes(3), 0, pixels(64, 10), upTo(3),
+    {"ALimitOfZeroRendersEveryPageAlone", Answer::pageSizes(3), 0, pixels(64, 10), upTo(3),
      QStringLiteral("1-1 2-2 3-3")},
-    {"TheLastPageIsRenderedAlone", equalBoxes(4), 160, pixels(64, 10), upTo(4),
+    {"TheLastPageIsRenderedAlone", Answer::pageSizes(4), 160, pixels(64, 10), upTo(4),
      QStringLiteral("1-3 4-4")},
-    {"AnOnlyPageIsRenderedAlone", equalBoxes(1), eightMebibytes, pixels(64, 10), upTo(1),
+    {"AnOnlyPageIsRenderedAlone", Answer::pageSizes(1), eightMebibytes, pixels(64, 10), upTo(1),
      QStringLiteral("1-1")},
     {"ARequestOutOfOrderIsRenderedAlone",
-     equalBoxes(6),
+     Answer::pageSizes(6),
      400,
      pixels(64, 10),
      {0, 1, 5},
      QStringLiteral("1-6 6-6")},
     {"ARequestOutOfOrderEmptiesTheCache",
-     equalBoxes(6),
+     Answer::pageSizes(6),
      400,
      pixels(64, 10),
      {0, 5, 1},
      QStringLiteral("1-6 6-6 2-2")},
     {"TheRequestAfterOneOutOfOrderStartsARun",
-     equalBoxes(6) + QByteArray("0 0 1 2\n").repeated(8),
+     Answer::pageSizes(6) + Answer::print("0 0 1 2\n").repeated(8),
      400,
      pixels(64, 10),
      {0, 7, 8, 9},
      QStringLiteral("1-6 8-8 9-14")},
     {"AFirstRequestThatIsNotTheFirstPageIsRenderedAlone",
-     equalBoxes(10),
+     Answer::pageSizes(10),
      400,
      pixels(64, 10),
      {3, 4, 5},
      QStringLiteral("4-4 5-10")},
     {"ARepeatedRequestIsRenderedAgain",
-     equalBoxes(6),
+     Answer::pageSizes(6),
      400,
      pixels(64, 10),
      {0, 0, 1},
      QStringLiteral("1-6 1-1 2-6")},
     {"RequestsFromBackToFrontAreRenderedAlone",
-     equalBoxes(4),
+     Answer::pageSizes(4),
      400,
      pixels(64, 10),
      {3, 2, 1},
      QStringLiteral("4-4 3-3 2-2")},
     {"ARequestOfTheFirstPageOutOfOrderIsRenderedAlone",
-     equalBoxes(4),
+     Answer::pageSizes(4),
      400,
      pixels(64, 10),
      {2, 0, 1},
      QStringLiteral("3-3 1-1 2-4")},
-    {"AlternatingSizesNeverShareARun", "0 0 595.276 841.89\n0 0 612 792\n0 0 595.276 841.89\n",
-     eightMebibytes, pixels(64, 10), upTo(3), QStringLiteral("1-1 2-2 3-3")},
-    {"ARunEndsWhereTheSizeChanges", equalBoxes(3) + "0 0 1 2\n0 0 1 2\n0 0 5 6\n" + equalBoxes(1),
+    {"AlternatingSizesNeverShareARun",
+     Answer::print("0 0 595.276 841.89\n0 0 612 792\n0 0 595.276 841.89\n"), eightMebibytes,
+     pixels(64, 10), upTo(3), QStringLiteral("1-1 2-2 3-3")},
+    {"ARunEndsWhereTheSizeChanges",
+     Answer::pageSizes(3) + Answer::print("0 0 1 2\n0 0 1 2\n0 0 5 6\n") + Answer::pageSizes(1),
      eightMebibytes, pixels(64, 10), upTo(7), QStringLiteral("1-3 4-5 6-6 7-7")},
-    {"AWidthOfItsOwnEndsARun", "0 0 10 20\n0 0 11 20\n", eightMebibytes, pixels(64, 10), upTo(2),
-     QStringLiteral("1-1 2-2")},
-    {"AHeightOfItsOwnEndsARun", "0 0 10 20\n0 0 10 21\n", eightMebibytes, pixels(64, 10), upTo(2),
-     QStringLiteral("1-1 2-2")},
-    {"SizesThatDifferByRoundingShareARun", "0 0 612 792\n0 0 612.0000000001 792\n", eightMebibytes,
-     pixels(64, 10), upTo(2), QStringLiteral("1-2")},
-    {"SizesThatDifferByLittleDoNotShareARun", "0 0 612 792\n0 0 612.00000001 792\n", eightMebibytes,
+    {"AWidthOfItsOwnEndsARun", Answer::print("0 0 10 20\n0 0 11 20\n"), eightMebibytes,
      pixels(64, 10), upTo(2), QStringLiteral("1-1 2-2")},
-    {"BoxesAtOtherPlacesShareARun", "0 0 100 200\n10 20 110 220\n", eightMebibytes, pixels(64, 10),
-     upTo(2), QStringLiteral("1-2")},
-    {"UnreadablePagesShareARun", "hm\nhm\n0 0 612 792\n", eightMebibytes, pixels(64, 10), upTo(3),
-     QStringLiteral("1-2 3-3")},
+    {"AHeightOfItsOwnEndsARun", Answer::print("0 0 10 20\n0 0 10 21\n"), eightMebibytes,
+     pixels(64, 10), upTo(2), QStringLiteral("1-1 2-2")},
+    {"SizesThatDifferByRoundingShareARun", Answer::print("0 0 612 792\n0 0 612.0000000001 792\n"),
+     eightMebibytes, pixels(64, 10), upTo(2), QStringLiteral("1-2")},
+    {"SizesThatDifferByLittleDoNotShareARun", Answer::print("0 0 612 792\n0 0 612.00000001 792\n"),
+     eightMebibytes, pixels(64, 10), upTo(2), QStringLiteral("1-1 2-2")},
+    {"BoxesAtOtherPlacesShareARun", Answer::print("0 0 100 200\n10 20 110 220\n"), eightMebibytes,
+     pixels(64, 10), upTo(2), QStringLiteral("1-2")},
+    {"UnreadablePagesShareARun", Answer::print("hm\nhm\n0 0 612 792\n"), eightMebibytes,
+     pixels(64, 10), upTo(3), QStringLiteral("1-2 3-3")},
 };
 
 class ForwardCacheRuns : public testing::TestWithParam<CacheRow>
@@ -458,7 +458,7 @@ class ForwardCacheRuns : public testing::TestWithParam<CacheRow>
 TEST_P(ForwardCacheRuns, AreAsFewAsTheRequestsAllow)
 {
     const CacheRow& row = GetParam();
-    PretendedDocument document(row.boxes, row.limit);
+    PretendedDocument document(row.sizes, row.limit);
     std::vector<int> numbers;
     for (const unsigned long index : row.requests) {
         numbers.push_back(static_cast<int>(index) + 1);
@@ -472,21 +472,21 @@ INSTANTIATE_TEST_SUITE_P(PdfPageRenderer, ForwardCacheRuns, testing::ValuesIn(ca
 
 TEST(ForwardCache, HoldsExactlyOnePageOfEightMebibytes)
 {
-    PretendedDocument document(equalBoxes(3));
+    PretendedDocument document(Answer::pageSizes(3));
     EXPECT_EQ(document.requestAll(upTo(3), pixels(8192, 8192)), numbersUpTo(3));
     EXPECT_EQ(document.runs(), QStringLiteral("1-2 3-3"));
 }
 
 TEST(ForwardCache, HoldsNoPageOfMoreThanEightMebibytes)
 {
-    PretendedDocument document(equalBoxes(2));
+    PretendedDocument document(Answer::pageSizes(2));
     EXPECT_EQ(document.requestAll(upTo(2), pixels(8192, 8193)), numbersUpTo(2));
     EXPECT_EQ(document.runs(), QStringLiteral("1-1 2-2"));
 }
 
 TEST(ForwardCache, LeavesAPageBeyondTheLastOneToGhostscript)
 {
-    PretendedDocument document(equalBoxes(1));
+    PretendedDocument document(Answer::pageSizes(1));
     EXPECT_EQ(document.request(0, pixels(64, 10)), 1);
     EXPECT_EQ(document.request(1, pixels(64, 10)), 2);
     EXPECT_EQ(document.runs(), QStringLiteral("1-1 2-2"));
@@ -494,7 +494,7 @@ TEST(ForwardCache, LeavesAPageBeyondTheLastOneToGhostscript)
 
 TEST(ForwardCache, IsOffAtFirst)
 {
-    const FakeGhostscript ghostscript(FakeGhostscript::numberedPages(equalBoxes(3)));
+    const FakeGhostscript ghostscript({Answer::pageSizes(3), Answer::numberedPages()});
     Document document("%PDF-1.4\n");
     document.page(0, pixels(64, 10));
     document.page(1, pixels(64, 10));
@@ -503,7 +503,7 @@ TEST(ForwardCache, IsOffAtFirst)
 
 TEST(ForwardCache, StartsANewRunWhenTheRequestedSizeChanges)
 {
-    PretendedDocument document(equalBoxes(5));
+    PretendedDocument document(Answer::pageSizes(5));
     EXPECT_EQ(document.request(0, pixels(64, 10)), 1);
     EXPECT_EQ(document.request(1, pixels(64, 11)), 2);
     EXPECT_EQ(document.request(2, pixels(64, 11)), 3);
@@ -514,7 +514,7 @@ TEST(ForwardCache, StartsANewRunWhenTheRequestedSizeChanges)
 
 TEST(ForwardCache, DropsThePagesOfTheOldSizeForGood)
 {
-    PretendedDocument document(equalBoxes(3));
+    PretendedDocument document(Answer::pageSizes(3));
     EXPECT_EQ(document.request(0, pixels(64, 10)), 1);
     EXPECT_EQ(document.request(1, pixels(64, 11)), 2);
     EXPECT_EQ(document.request(2, pixels(64, 10)), 3);
@@ -523,7 +523,7 @@ TEST(ForwardCache, DropsThePagesOfTheOldSizeForGood)
 
 TEST(ForwardCache, ForgetsItsPagesAndItsPlaceWithANewLimit)
 {
-    PretendedDocument document(equalBoxes(5));
+    PretendedDocument document(Answer::pageSizes(5));
     EXPECT_EQ(document.request(0, pixels(64, 10)), 1);
     document.renderer().setForwardCacheLimit(eightMebibytes - 1);
     EXPECT_EQ(document.request(1, pixels(64, 10)), 2);
@@ -532,7 +532,7 @@ TEST(ForwardCache, ForgetsItsPagesAndItsPlaceWithANewLimit)
 
 TEST(ForwardCache, ExpectsTheFirstPageAfterANewLimit)
 {
-    PretendedDocument document(equalBoxes(2) + "0 0 1 2\n0 0 1 2\n");
+    PretendedDocument document(Answer::pageSizes(2) + Answer::print("0 0 1 2\n0 0 1 2\n"));
     document.request(3, pixels(64, 10));
     document.renderer().setForwardCacheLimit(80);
     EXPECT_EQ(document.requestAll({0, 1}, pixels(64, 10)), numbersUpTo(2));
@@ -541,7 +541,7 @@ TEST(ForwardCache, ExpectsTheFirstPageAfterANewLimit)
 
 TEST(ForwardCache, KeepsItsPagesWhenTheSameLimitIsSet)
 {
-    PretendedDocument document(equalBoxes(5));
+    PretendedDocument document(Answer::pageSizes(5));
     EXPECT_EQ(document.request(0, pixels(64, 10)), 1);
     document.renderer().setForwardCacheLimit(eightMebibytes);
     EXPECT_EQ(document.request(1, pixels(64, 10)), 2);
@@ -550,7 +550,7 @@ TEST(ForwardCache, KeepsItsPagesWhenTheSameLimitIsSet)
 
 TEST(ForwardCache, ForgetsItsPagesWhenItIsSwitchedOff)
 {
-    PretendedDocument document(equalBoxes(4));
+    PretendedDocument document(Answer::pageSizes(4));
     EXPECT_EQ(document.request(0, pixels(64, 10)), 1);
     document.renderer().setForwardCacheLimit(0);
     EXPECT_EQ(document.requestAll({1, 2}, pixels(64, 10)), (std::vector<int>{2, 3}));
@@ -559,7 +559,7 @@ TEST(ForwardCache, ForgetsItsPagesWhenItIsSwitchedOff)
 
 TEST(ForwardCache, RunsFromTheFirstPageAfterItWasOff)
 {
-    PretendedDocument document(equalBoxes(4), 0);
+    PretendedDocument document(Answer::pageSizes(4), 0);
     document.requestAll(upTo(3), pixels(64, 10));
     document.renderer().setForwardCacheLimit(eightMebibytes);
     EXPECT_EQ(document.requestAll(upTo(4), pixels(64, 10)), numbersUpTo(4));
@@ -568,7 +568,7 @@ TEST(ForwardCache, RunsFromTheFirstPageAfterItWasOff)
 
 TEST(ForwardCache, ServesTheNextRequestEvenAfterAnotherFile)
 {
-    PretendedDocument document(equalBoxes(4));
+    PretendedDocument document(Answer::pageSizes(4));
     const TemporaryFolder folder;
     EXPECT_EQ(document.request(0, pixels(64, 10)), 1);
     document.document().setFileName(
@@ -579,7 +579,7 @@ TEST(ForwardCache, ServesTheNextRequestEvenAfterAnotherFile)
 
 TEST(ForwardCache, IsDroppedByTheFirstRequestOutOfOrderAfterAnotherFile)
 {
-    PretendedDocument document(equalBoxes(4));
+    PretendedDocument document(Answer::pageSizes(4));
     const TemporaryFolder folder;
     const QString second = QString::fromStdString(folder.write("second.pdf", "%PDF-1.4\n"));
     EXPECT_EQ(document.request(0, pixels(64, 10)), 1);
@@ -595,41 +595,44 @@ TEST(ForwardCache, IsDroppedByTheFirstRequestOutOfOrderAfterAnotherFile)
 struct OutputRow
 {
     const char* name;
-    QByteArray commands;
+    Answer run;
     bool ok;
     int blackBytes; ///< from the start of the first page; the rest is white
 };
 
-const QByteArray threePages =
-    "case \" $* \" in *' -c '*) printf '0 0 1 2\\n0 0 1 2\\n0 0 1 2\\n'; exit ;; esac\n";
-const QByteArray fill = "fill() { head -c $1 /dev/zero | tr '\\000' '\\377'; }\n";
+const Answer threePages = Answer::print("0 0 1 2\n").repeated(3);
+
+Answer fill(int count)
+{
+    return Answer::bytes(count, '\xff');
+}
 
 const OutputRow singlePageRows[] = {
-    {"AWholePage", "fill 80", true, 80},
-    {"OneByteTooFew", "fill 79", false, 0},
-    {"HalfAPage", "fill 40", false, 0},
-    {"NoByteAtAll", "exit 0", false, 0},
-    {"OneByteTooMany", "fill 81", true, 80},
-    {"AnotherPageTooMany", "fill 160", true, 80},
-    {"MoreThanAPipeHolds", "fill 1000000", true, 80},
-    {"ExitCodeOneAfterGoodOutput", "fill 80; exit 1", false, 0},
-    {"ASignalAfterGoodOutput", "fill 80; kill -KILL $$", false, 0},
-    {"ASignalInTheMiddle", "fill 40; kill -TERM $$", false, 0},
-    {"TinyChunks", "for i in 1 2 3 4 5 6 7 8; do fill 10; sleep 0.02; done", true, 80},
-    {"AnErrorMessage", "fill 80; echo problem >/dev/null; echo >&2", true, 80},
+    {"AWholePage", fill(80), true, 80},
+    {"OneByteTooFew", fill(79), false, 0},
+    {"HalfAPage", fill(40), false, 0},
+    {"NoByteAtAll", {}, false, 0},
+    {"OneByteTooMany", fill(81), true, 80},
+    {"AnotherPageTooMany", fill(160), true, 80},
+    {"MoreThanAPipeHolds", fill(1000000), true, 80},
+    {"ExitCodeOneAfterGoodOutput", fill(80) + Answer::exit(1), false, 0},
+    {"ASignalAfterGoodOutput", fill(80) + Answer::crash(SIGKILL), false, 0},
+    {"ASignalInTheMiddle", fill(40) + Answer::crash(SIGTERM), false, 0},
+    {"TinyChunks", (fill(10) + Answer::pause()).repeated(8), true, 80},
+    {"AnErrorMessage", fill(80) + Answer::remark("problem\n"), true, 80},
 };
 
 const OutputRow runRows[] = {
-    {"ThreeWholePages", "fill 240", true, 80},
-    {"OneByteTooFewInTheFirstPage", "fill 79", true, 79},
-    {"OneByteOfTheFirstPage", "fill 1", true, 1},
-    {"HalfAPage", "fill 40", true, 40},
-    {"NoByteAtAll", "exit 0", false, 0},
-    {"OneByteTooMany", "fill 241", true, 80},
-    {"MoreThanAPipeHolds", "fill 1000000", true, 80},
-    {"ExitCodeOneAfterGoodOutput", "fill 240; exit 1", false, 0},
-    {"ASignalAfterGoodOutput", "fill 240; kill -KILL $$", false, 0},
-    {"TinyChunks", "for i in 1 2 3 4 5 6 7 8; do fill 30; sleep 0.02; done", true, 80},
+    {"ThreeWholePages", fill(240), true, 80},
+    {"OneByteTooFewInTheFirstPage", fill(79), true, 79},
+    {"OneByteOfTheFirstPage", fill(1), true, 1},
+    {"HalfAPage", fill(40), true, 40},
+    {"NoByteAtAll", {}, false, 0},
+    {"OneByteTooMany", fill(241), true, 80},
+    {"MoreThanAPipeHolds", fill(1000000), true, 80},
+    {"ExitCodeOneAfterGoodOutput", fill(240) + Answer::exit(1), false, 0},
+    {"ASignalAfterGoodOutput", fill(240) + Answer::crash(SIGKILL), false, 0},
+    {"TinyChunks", (fill(30) + Answer::pause()).repeated(8), true, 80},
 };
 
 /// Leaves used memory behind, so that a page image that is not cleared shows.
@@ -669,7 +672,7 @@ protected:
         EXPECT_EQ(QByteArray(static_cast<const char*>(bits), 80), expected);
     }
 
-    FakeGhostscript m_ghostscript{threePages + fill + row().commands};
+    FakeGhostscript m_ghostscript{FakeGhostscript::Answers{threePages, row().run}};
     Document m_document{"%PDF-1.4\n"};
 };
 
@@ -711,9 +714,10 @@ INSTANTIATE_TEST_SUITE_P(PdfPageRenderer, RunOutput,
 class ShortRun : public testing::Test
 {
 protected:
-    std::vector<int> blackBytesOfThreePages(const QByteArray& commands)
+    std::vector<int> blackBytesOfThreePages(const Answer& run,
+                                            const std::map<int, Answer>& runsFrom = {})
     {
-        const FakeGhostscript ghostscript(threePages + fill + commands);
+        const FakeGhostscript ghostscript({threePages, run, runsFrom});
         Document document("%PDF-1.4\n");
         document.renderer().setForwardCacheLimit(eightMebibytes);
         std::vector<int> counts;
@@ -736,27 +740,25 @@ protected:
 
 TEST_F(ShortRun, LeavesTheLastPageWhiteWhereItsOutputEnds)
 {
-    EXPECT_EQ(blackBytesOfThreePages("fill 239"), (std::vector<int>{80, 80, 79}));
+    EXPECT_EQ(blackBytesOfThreePages(fill(239)), (std::vector<int>{80, 80, 79}));
     EXPECT_EQ(m_ranges.size(), 1);
 }
 
 TEST_F(ShortRun, RendersThePagesAloneThatItDidNotReach)
 {
-    EXPECT_EQ(blackBytesOfThreePages("[ -e $0.second ] && fill 80 || fill 100; >$0.second"),
-              (std::vector<int>{80, 20, 80}));
+    EXPECT_EQ(blackBytesOfThreePages(fill(100), {{3, fill(80)}}), (std::vector<int>{80, 20, 80}));
     ASSERT_EQ(m_ranges.size(), 2);
     EXPECT_EQ(m_ranges[1], QStringLiteral("-dFirstPage=3 -dLastPage=3 -g64x10"));
 }
 
 TEST_F(ShortRun, FailsForThePageThatIsShortAlone)
 {
-    EXPECT_EQ(blackBytesOfThreePages("fill 60"), (std::vector<int>{60, 60, -1}));
+    EXPECT_EQ(blackBytesOfThreePages(fill(60)), (std::vector<int>{60, 60, -1}));
 }
 
 TEST_F(ShortRun, DiscardsThePagesOfAFailedRun)
 {
-    EXPECT_EQ(blackBytesOfThreePages("[ -e $0.second ] && fill 240 || { fill 240; >$0.second; "
-                                     "exit 1; }"),
+    EXPECT_EQ(blackBytesOfThreePages(fill(240) + Answer::exit(1), {{2, fill(240)}}),
               (std::vector<int>{-1, 80, 80}));
     EXPECT_EQ(m_ranges, (QStringList{QStringLiteral("-dFirstPage=1 -dLastPage=3 -g64x10"),
                                      QStringLiteral("-dFirstPage=2 -dLastPage=3 -g64x10")}));
@@ -786,7 +788,7 @@ class ImpossiblePage : public testing::TestWithParam<ImpossibleRow>
 
 TEST_P(ImpossiblePage, FailsWithoutGhostscript)
 {
-    PretendedDocument document("0 0 612 792\n0 0 612 792\nhm\n");
+    PretendedDocument document(Answer::pageSizes(2) + Answer::print("hm\n"));
     QImage image;
     EXPECT_FALSE(document.renderer().renderPage(GetParam().index, GetParam().size, image));
     EXPECT_TRUE(image.isNull());
@@ -815,7 +817,7 @@ class UnusableSize : public testing::TestWithParam<SizeRow>
 
 TEST_P(UnusableSize, FailsAndLeavesTheCacheAlone)
 {
-    PretendedDocument document(equalBoxes(3));
+    PretendedDocument document(Answer::pageSizes(3));
     QImage image;
     EXPECT_EQ(document.request(0, pixels(64, 10)), 1);
     EXPECT_FALSE(
@@ -838,7 +840,7 @@ class HugePage : public testing::TestWithParam<SizeRow>
 
 TEST_P(HugePage, FailsAloneBeforeGhostscriptStarts)
 {
-    PretendedDocument document(equalBoxes(3), 0);
+    PretendedDocument document(Answer::pageSizes(3), 0);
     QImage image;
     EXPECT_FALSE(
         document.renderer().getRenderedPage(0, {GetParam().size, LogicalDpi{0, 0}}, image));
@@ -847,7 +849,7 @@ TEST_P(HugePage, FailsAloneBeforeGhostscriptStarts)
 
 TEST_P(HugePage, FailsInARun)
 {
-    const FakeGhostscript ghostscript(threePages + "printf x");
+    const FakeGhostscript ghostscript({threePages, Answer::print("x")});
     Document document("%PDF-1.4\n");
     document.renderer().setForwardCacheLimit(std::numeric_limits<std::size_t>::max());
     QImage image;
@@ -870,7 +872,7 @@ TEST(PdfPageRenderer, FailsWithoutGhostscriptOnTheSearchPath)
 
 TEST(PdfPageRenderer, LeavesTheImageAsItWasWhenTheSqueezedPageFails)
 {
-    const FakeGhostscript ghostscript(threePages + "exit 1");
+    const FakeGhostscript ghostscript({threePages, Answer::exit(1)});
     Document document("%PDF-1.4\n");
     QImage image(3, 3, QImage::Format_RGB32);
     image.fill(Qt::blue);
@@ -881,7 +883,7 @@ TEST(PdfPageRenderer, LeavesTheImageAsItWasWhenTheSqueezedPageFails)
 
 TEST(PdfPageRenderer, ReplacesTheImage)
 {
-    PretendedDocument document(equalBoxes(1));
+    PretendedDocument document(Answer::pageSizes(1));
     QImage image(3, 3, QImage::Format_RGB32);
     EXPECT_TRUE(document.renderer().renderPage(0, standardA4, image));
     EXPECT_EQ(image.size(), QSize(1728, 1146));
@@ -892,7 +894,7 @@ TEST(PdfPageRenderer, HandsOutPagesThatOutliveIt)
 {
     QImage image;
     {
-        PretendedDocument document(equalBoxes(2));
+        PretendedDocument document(Answer::pageSizes(2));
         EXPECT_TRUE(document.renderer().getRenderedPage(0, pixels(37, 16), image));
     }
     EXPECT_EQ(image.constScanLine(15)[4], 1);

@@ -14,7 +14,9 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <csignal>
 #include <functional>
+#include <map>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -22,6 +24,8 @@
 #include <sys/wait.h>
 
 namespace {
+
+using Answer = GhostscriptAnswer;
 
 // True if this process has a child, be it one that has ended and was not waited
 // for. There is none but Ghostscript.
@@ -48,20 +52,15 @@ constexpr std::size_t eightMebibytes = 8388608;
 const RenderSize small{QSize(64, 10), {}};
 constexpr std::size_t twoSmallPages = 160;
 
-QByteArray equalBoxes(int count)
-{
-    return QByteArray("0 0 612 792\n").repeated(count);
-}
-
-/// The pages of a document that a stand-in pretends to read. `before` are
-/// commands that it plays first.
+/// The pages of a document that a stand-in pretends to read. `runsFrom` are those
+/// of its runs that do something else, by their first pages.
 class ReadAheadRun : public testing::Test
 {
 protected:
-    void open(const QByteArray& boxes, const QByteArray& before = QByteArray())
+    void open(const Answer& sizes, const std::map<int, Answer>& runsFrom = {})
     {
-        m_ghostscript =
-            std::make_unique<FakeGhostscript>(before + FakeGhostscript::numberedPages(boxes));
+        m_ghostscript = std::make_unique<FakeGhostscript>(
+            FakeGhostscript::Answers{sizes, Answer::numberedPages(), runsFrom});
         m_document = std::make_unique<PdfDocument>();
         m_document->setFileName(
             QString::fromStdString(m_folder.write("document.pdf", "%PDF-1.4\n")));
@@ -107,7 +106,7 @@ private:
 
 TEST_F(ReadAheadRun, StartsBeforeItsPagesAreAskedFor)
 {
-    open(equalBoxes(7));
+    open(Answer::pageSizes(7));
     EXPECT_EQ(request(0), 1);
     EXPECT_TRUE(hasChild());
     waitFor([this] { return ranges().size() == 2; });
@@ -116,7 +115,7 @@ TEST_F(ReadAheadRun, StartsBeforeItsPagesAreAskedFor)
 
 TEST_F(ReadAheadRun, IsThatOfASinglePageWhereOneIsLeft)
 {
-    open(equalBoxes(4));
+    open(Answer::pageSizes(4));
     EXPECT_EQ(request(0), 1);
     waitFor([this] { return ranges().size() == 2; });
     EXPECT_EQ(ranges()[1], QStringLiteral("-dFirstPage=4 -dLastPage=4 -g64x10"));
@@ -129,7 +128,7 @@ TEST_F(ReadAheadRun, IsThatOfASinglePageWhereOneIsLeft)
 
 TEST_F(ReadAheadRun, IsAlwaysTheOneThatIsAskedForNext)
 {
-    open(equalBoxes(11));
+    open(Answer::pageSizes(11));
     EXPECT_EQ(requestUpTo(11), (std::vector<int>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}));
     EXPECT_EQ(ranges(), (QStringList{QStringLiteral("-dFirstPage=1 -dLastPage=3 -g64x10"),
                                      QStringLiteral("-dFirstPage=4 -dLastPage=6 -g64x10"),
@@ -143,34 +142,33 @@ TEST_F(ReadAheadRun, IsAlwaysTheOneThatIsAskedForNext)
 struct NoneRow
 {
     const char* name;
-    QByteArray boxes;
-    QByteArray before;
+    Answer sizes;
+    std::map<int, Answer> runsFrom;
     std::vector<unsigned long> requests;
 };
 
+const Answer smallBox = Answer::print("0 0 1 2\n");
+
 const NoneRow noneRows[] = {
-    {"BehindTheLastPage", equalBoxes(3), {}, {0}},
-    {"BehindTheLastPageAfterARunAhead", equalBoxes(5), {}, {0, 1, 2, 3}},
-    {"BeforeAPageOfAnotherSize", equalBoxes(3) + "0 0 1 2\n0 0 1 2\n", {}, {0}},
-    {"BetweenSizesThatAlternate", equalBoxes(1) + "0 0 1 2\n" + equalBoxes(2), {}, {0, 1}},
+    {"BehindTheLastPage", Answer::pageSizes(3), {}, {0}},
+    {"BehindTheLastPageAfterARunAhead", Answer::pageSizes(5), {}, {0, 1, 2, 3}},
+    {"BeforeAPageOfAnotherSize", Answer::pageSizes(3) + smallBox + smallBox, {}, {0}},
+    {"BetweenSizesThatAlternate",
+     Answer::pageSizes(1) + smallBox + Answer::pageSizes(2),
+     {},
+     {0, 1}},
     {"AfterARunThatFailed",
-     equalBoxes(6),
-     "case \"$*\" in *-dFirstPage=1*) trap 'exit 1' EXIT;; esac\n",
+     Answer::pageSizes(6),
+     {{1, Answer::numberedPages() + Answer::exit(1)}},
      {0}},
     {"AfterARunThatASignalEnded",
-     equalBoxes(6),
-     "case \"$*\" in *-dFirstPage=1*) trap 'kill -KILL $$' EXIT;; esac\n",
+     Answer::pageSizes(6),
+     {{1, Answer::numberedPages() + Answer::crash(SIGKILL)}},
      {0}},
-    {"AfterARunThatCameShort",
-     equalBoxes(6),
-     "case \"$*\" in *-dFirstPage=1*) head -c 239 /dev/zero; exit;; esac\n",
-     {0}},
-    {"AfterARunOfTooFewPages",
-     equalBoxes(6),
-     "case \"$*\" in *-dFirstPage=1*) head -c 160 /dev/zero; exit;; esac\n",
-     {0}},
-    {"AfterARequestOutOfOrder", equalBoxes(9), {}, {0, 4}},
-    {"AfterAFirstRequestThatIsNotTheFirstPage", equalBoxes(9), {}, {2}},
+    {"AfterARunThatCameShort", Answer::pageSizes(6), {{1, Answer::bytes(239)}}, {0}},
+    {"AfterARunOfTooFewPages", Answer::pageSizes(6), {{1, Answer::bytes(160)}}, {0}},
+    {"AfterARequestOutOfOrder", Answer::pageSizes(9), {}, {0, 4}},
+    {"AfterAFirstRequestThatIsNotTheFirstPage", Answer::pageSizes(9), {}, {2}},
 };
 
 class NoRunAhead : public ReadAheadRun, public testing::WithParamInterface<NoneRow>
@@ -179,7 +177,7 @@ class NoRunAhead : public ReadAheadRun, public testing::WithParamInterface<NoneR
 
 TEST_P(NoRunAhead, IsStarted)
 {
-    open(GetParam().boxes, GetParam().before);
+    open(GetParam().sizes, GetParam().runsFrom);
     for (const unsigned long index : GetParam().requests) {
         request(index);
     }
@@ -191,7 +189,7 @@ INSTANTIATE_TEST_SUITE_P(ReadAhead, NoRunAhead, testing::ValuesIn(noneRows),
 
 TEST_F(ReadAheadRun, IsNotStartedWithoutACache)
 {
-    open(equalBoxes(9));
+    open(Answer::pageSizes(9));
     renderer().setForwardCacheLimit(0);
     EXPECT_EQ(request(0), 1);
     EXPECT_FALSE(hasChild());
@@ -199,7 +197,7 @@ TEST_F(ReadAheadRun, IsNotStartedWithoutACache)
 
 TEST_F(ReadAheadRun, IsNotStartedWhereTheCacheHasNoRoom)
 {
-    open(equalBoxes(9));
+    open(Answer::pageSizes(9));
     renderer().setForwardCacheLimit(79);
     EXPECT_EQ(request(0), 1);
     EXPECT_FALSE(hasChild());
@@ -212,7 +210,7 @@ class HangingRunAhead : public ReadAheadRun
 protected:
     void SetUp() override
     {
-        open(equalBoxes(9), "case \"$*\" in *-dFirstPage=4*) exec sleep 1000;; esac\n");
+        open(Answer::pageSizes(9), {{4, Answer::hang()}});
         ASSERT_EQ(request(0), 1);
         ASSERT_TRUE(hasChild());
     }
@@ -284,14 +282,14 @@ TEST_F(HangingRunAhead, StaysWithTheSameFile)
 struct FailureRow
 {
     const char* name;
-    QByteArray secondRun; ///< the commands that take its place
+    Answer secondRun;
 };
 
 const FailureRow failureRows[] = {
-    {"BeforeAnyOutput", "exit 1"},
-    {"AfterItsOutput", "head -c 240 /dev/zero; exit 1"},
-    {"ByASignal", "head -c 240 /dev/zero; kill -KILL $$"},
-    {"WithoutAnyOutput", "exit 0"},
+    {"BeforeAnyOutput", Answer::exit(1)},
+    {"AfterItsOutput", Answer::bytes(240) + Answer::exit(1)},
+    {"ByASignal", Answer::bytes(240) + Answer::crash(SIGKILL)},
+    {"WithoutAnyOutput", {}},
 };
 
 class FailedRunAhead : public ReadAheadRun, public testing::WithParamInterface<FailureRow>
@@ -300,8 +298,7 @@ class FailedRunAhead : public ReadAheadRun, public testing::WithParamInterface<F
 
 TEST_P(FailedRunAhead, ShowsWhenItsFirstPageIsAskedFor)
 {
-    open(equalBoxes(9),
-         "case \"$*\" in *-dFirstPage=4*) " + GetParam().secondRun + "; exit;; esac\n");
+    open(Answer::pageSizes(9), {{4, GetParam().secondRun}});
     EXPECT_EQ(requestUpTo(4), (std::vector<int>{1, 2, 3, 0}));
     EXPECT_FALSE(hasChild());
     EXPECT_EQ(request(4), 5) << "in order, so with a run of its own";
@@ -314,20 +311,19 @@ INSTANTIATE_TEST_SUITE_P(ReadAhead, FailedRunAhead, testing::ValuesIn(failureRow
 TEST_F(ReadAheadRun, ThatCannotBeStartedShowsWhenItsFirstPageIsAskedFor)
 {
     // In the first run the stand-in makes way for a file that is no program.
-    open(equalBoxes(6), "case \"$*\" in *-dFirstPage=1*) printf '\\177ELF' >\"$0.new\"\n"
-                        "chmod +x \"$0.new\"; mv \"$0.new\" \"$0\";; esac\n");
+    open(Answer::pageSizes(6), {{1, Answer::becomeNoProgram() + Answer::numberedPages()}});
     EXPECT_EQ(requestUpTo(4), (std::vector<int>{1, 2, 3, 0}));
 }
 
 TEST_F(ReadAheadRun, OfASinglePageHasToBeComplete)
 {
-    open(equalBoxes(4), "case \"$*\" in *-dFirstPage=4*) head -c 79 /dev/zero; exit;; esac\n");
+    open(Answer::pageSizes(4), {{4, Answer::bytes(79)}});
     EXPECT_EQ(requestUpTo(4), (std::vector<int>{1, 2, 3, 0}));
 }
 
 TEST_F(ReadAheadRun, ThatComesShortLeavesTheRestOfItsPageWhite)
 {
-    open(equalBoxes(6), "case \"$*\" in *-dFirstPage=4*) printf x; exit;; esac\n");
+    open(Answer::pageSizes(6), {{4, Answer::print("x")}});
     EXPECT_EQ(requestUpTo(3), (std::vector<int>{1, 2, 3}));
     QImage image;
     ASSERT_TRUE(renderer().getRenderedPage(3, small, image));
@@ -341,10 +337,7 @@ TEST_F(ReadAheadRun, FillsNoMoreThanAPipeAndHalfOfTheRoomThatIsFree)
 {
     const RenderSize large{QSize(2048, 2048), {}};
     const QString drawn = folder().qPath(QStringLiteral("drawn"));
-    open(equalBoxes(34), "case \"$*\" in *-dFirstPage=18*)\n"
-                         "  for page in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17; do\n"
-                         "    head -c 524288 /dev/zero; echo $page >>'" +
-                             QFile::encodeName(drawn) + "'\n  done; exit;; esac\n");
+    open(Answer::pageSizes(34), {{18, (Answer::bytes(524288) + Answer::note(drawn)).repeated(17)}});
     const auto pagesDrawn = [&drawn] {
         QFile file(drawn);
         return file.open(QIODevice::ReadOnly) ? file.readAll().count('\n') : 0;
@@ -380,7 +373,7 @@ protected:
     void SetUp() override { m_folder.write("document.pdf", "%PDF-1.4\n"); }
 
     TemporaryFolder m_folder;
-    FakeGhostscript m_ghostscript{FakeGhostscript::numberedPages({})};
+    FakeGhostscript m_ghostscript{Answer::numberedPages()};
     ReadAhead m_readAhead;
 };
 
