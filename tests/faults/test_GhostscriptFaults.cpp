@@ -7,10 +7,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <string>
 #include <vector>
 
 namespace {
+
+using Answer = GhostscriptAnswer;
 
 // Standard resolution on letter paper: Ghostscript draws 1728 x 2244 pixels,
 // which are squeezed into 1728 x 1078.
@@ -34,24 +37,17 @@ protected:
                   "can't write page file '" + m_folder.path("a.pdf") + "', " + reason + '\n');
     }
 
-    // `commands` for the runs that render; the query has its real answer.
-    static QByteArray whenRendering(const QByteArray& commands)
+    // `answer` for the runs that render; the query has its real answer.
+    static FakeGhostscript::Answers whenRendering(const Answer& answer)
     {
-        return "case \"$*\" in *' -c '*) " + FakeGhostscript::realGhostscript() + ";; esac\n" +
-               commands + '\n';
+        return {Answer::real(), answer};
     }
 
-    // Commands that pass on `bytes` bytes of what the real one draws.
-    static QByteArray cutOff(int bytes)
+    // Passes on `bytes` bytes of what the real one draws.
+    static Answer cutOff(int bytes)
     {
-        return "( " + FakeGhostscript::realGhostscript() + " ) 2>&- | head -c " +
-               QByteArray::number(bytes) + '\n';
-    }
-
-    // Commands that draw `bytes` bytes of black.
-    static QByteArray black(int bytes)
-    {
-        return "head -c " + QByteArray::number(bytes) + " /dev/zero | tr '\\000' '\\377'";
+        return Answer::real().through(
+            {QStringLiteral("head"), QStringLiteral("-c"), QString::number(bytes)});
     }
 
     TemporaryFolder m_folder;
@@ -62,8 +58,7 @@ TEST_F(GhostscriptFault, FloodingStandardErrorChangesNoPage)
 {
     ASSERT_EQ(convert(3).exitStatus, 0);
     const std::string content = Conversion::contentOf(m_output);
-    const FakeGhostscript ghostscript("head -c 20000000 /dev/zero | tr '\\000' x >&2\n" +
-                                      FakeGhostscript::realGhostscript());
+    const FakeGhostscript ghostscript(Answer::bytes(20000000, 'x').asRemark() + Answer::real());
     const ProgramResult result = convert(3);
     EXPECT_TRUE(result.exitStatus == 0 && result.output.empty());
     EXPECT_TRUE(Conversion::contentOf(m_output) == content);
@@ -73,25 +68,26 @@ TEST_F(GhostscriptFault, FloodingStandardErrorChangesNoPage)
 TEST_F(GhostscriptFault, KilledInTheMiddleOfARunIsAFailure)
 {
     const FakeGhostscript ghostscript(
-        whenRendering(cutOff(bytesPerPage * 3 / 2) + "kill -KILL $$"));
+        whenRendering(cutOff(bytesPerPage * 3 / 2) + Answer::crash(SIGKILL)));
     expectFailure(convert(3), "invalid data");
 }
 
 TEST_F(GhostscriptFault, KilledInTheMiddleOfASinglePageIsAFailure)
 {
-    const FakeGhostscript ghostscript(whenRendering(cutOff(bytesPerPage / 2) + "kill -KILL $$"));
+    const FakeGhostscript ghostscript(
+        whenRendering(cutOff(bytesPerPage / 2) + Answer::crash(SIGKILL)));
     expectFailure(convert(1), "invalid data");
 }
 
 TEST_F(GhostscriptFault, KilledAfterTheWholePageIsAFailure)
 {
-    const FakeGhostscript ghostscript(whenRendering(cutOff(bytesPerPage) + "kill -KILL $$"));
+    const FakeGhostscript ghostscript(whenRendering(cutOff(bytesPerPage) + Answer::crash(SIGKILL)));
     expectFailure(convert(1), "invalid data");
 }
 
 TEST_F(GhostscriptFault, ThatEndsTheQueryWithASignalIsAFailure)
 {
-    const FakeGhostscript ghostscript("kill -SEGV $$");
+    const FakeGhostscript ghostscript(Answer::crash(SIGSEGV));
     expectFailure(convert(1), "invalid pdf format");
 }
 
@@ -104,9 +100,9 @@ TEST_F(GhostscriptFault, OneByteMissingFromASinglePageIsAFailure)
 // Leftover memory on such a page would go to a stranger.
 TEST_F(GhostscriptFault, ThatEndsARunEarlyLeavesTheRestOfThePageWhite)
 {
-    const FakeGhostscript ghostscript(whenRendering("case \"$*\" in *-dFirstPage=3*) " +
-                                                    black(bytesPerPage) + ";; *) " +
-                                                    black(bytesPerPage / 2) + ";; esac"));
+    const FakeGhostscript ghostscript({Answer::real(),
+                                       Answer::bytes(bytesPerPage / 2, '\xff'),
+                                       {{3, Answer::bytes(bytesPerPage, '\xff')}}});
     ASSERT_EQ(convert(3).exitStatus, 0);
 
     QImage blackPage(1728, 1078, QImage::Format_Mono);

@@ -5,10 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <string>
 #include <vector>
 
 namespace {
+
+using Answer = GhostscriptAnswer;
 
 // At standard resolution Ghostscript draws a page of letter paper in 484704
 // bytes, so that 40 pages come in three runs.
@@ -26,12 +29,11 @@ protected:
         return {"-p", "letter", "-r", "standard", "-o", m_output, m_folder.path("a.pdf")};
     }
 
-    // Real Ghostscript, but `commands` in the place of the run that begins with
-    // this page.
-    static QByteArray exceptFrom(int page, const QByteArray& commands)
+    // Real Ghostscript, but `answer` in the place of the run that begins with this
+    // page.
+    static FakeGhostscript::Answers exceptFrom(int page, const Answer& answer)
     {
-        return "case \"$*\" in *-dFirstPage=" + QByteArray::number(page) + "\\ *) " + commands +
-               ";; esac\n" + FakeGhostscript::realGhostscript();
+        return {Answer::real(), Answer::real(), {{page, answer}}};
     }
 
     // Expects the failure with this reason. A child that outlives the program
@@ -51,7 +53,7 @@ TEST_F(LongConversion, GivesTheSamePagesFromRunsThatNeverOverlap)
 {
     ASSERT_EQ(runProgram(Conversion::with(arguments())).exitStatus, 0);
     const std::string content = Conversion::contentOf(m_output);
-    const FakeGhostscript ghostscript(FakeGhostscript::realGhostscript());
+    const FakeGhostscript ghostscript(Answer::real());
     const ProgramResult result = runProgram(Conversion::with(arguments()));
     EXPECT_TRUE(Conversion::hasSucceeded(result, m_output, content));
     EXPECT_EQ(result.error, "");
@@ -63,22 +65,23 @@ struct FailureRow
 {
     const char* name;
     int firstPage;
-    QByteArray commands;
+    Answer answer;
     int runCount;
 };
 
-const QByteArray goodOutput = "head -c 8724672 /dev/zero; ";
+const Answer goodOutput = Answer::bytes(8724672);
+const Answer cutOutput = Answer::bytes(100000) + Answer::crash(SIGKILL);
 
 const FailureRow failureRows[] = {
-    {"InTheFirstRun", 1, "exit 1", 1},
-    {"InTheSecondRun", 19, "exit 1", 2},
-    {"InTheLastRun", 37, "exit 1", 3},
-    {"AtTheEndOfTheFirstRun", 1, goodOutput + "exit 1", 1},
-    {"AtTheEndOfTheSecondRun", 19, goodOutput + "exit 1", 2},
-    {"AtTheEndOfTheLastRun", 37, goodOutput + "exit 1", 3},
-    {"BySignalInTheFirstRun", 1, "head -c 100000 /dev/zero; kill -KILL $$", 1},
-    {"BySignalInTheSecondRun", 19, "head -c 100000 /dev/zero; kill -KILL $$", 2},
-    {"BySignalInTheLastRun", 37, "head -c 100000 /dev/zero; kill -KILL $$", 3},
+    {"InTheFirstRun", 1, Answer::exit(1), 1},
+    {"InTheSecondRun", 19, Answer::exit(1), 2},
+    {"InTheLastRun", 37, Answer::exit(1), 3},
+    {"AtTheEndOfTheFirstRun", 1, goodOutput + Answer::exit(1), 1},
+    {"AtTheEndOfTheSecondRun", 19, goodOutput + Answer::exit(1), 2},
+    {"AtTheEndOfTheLastRun", 37, goodOutput + Answer::exit(1), 3},
+    {"BySignalInTheFirstRun", 1, cutOutput, 1},
+    {"BySignalInTheSecondRun", 19, cutOutput, 2},
+    {"BySignalInTheLastRun", 37, cutOutput, 3},
 };
 
 class FailedRun : public LongConversion, public testing::WithParamInterface<FailureRow>
@@ -87,7 +90,7 @@ class FailedRun : public LongConversion, public testing::WithParamInterface<Fail
 
 TEST_P(FailedRun, IsTheLastOneAndLeavesNothing)
 {
-    const FakeGhostscript ghostscript(exceptFrom(GetParam().firstPage, GetParam().commands));
+    const FakeGhostscript ghostscript(exceptFrom(GetParam().firstPage, GetParam().answer));
     expectFailure(runProgram(Conversion::with(arguments())), "invalid data");
     EXPECT_EQ(ghostscript.renderedRanges(), threeRuns.mid(0, GetParam().runCount));
     EXPECT_EQ(ghostscript.overlaps(), 0);
@@ -98,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(Ghostscript, FailedRun, testing::ValuesIn(failureRows),
 
 // While the run ahead hangs, or stands still with a full pipe.
 
-class WriteError : public LongConversion, public testing::WithParamInterface<const char*>
+class WriteError : public LongConversion, public testing::WithParamInterface<Answer>
 {
 };
 
@@ -120,7 +123,7 @@ TEST_P(WriteError, InTheMiddleOfARunEndsTheRunAhead)
 }
 
 INSTANTIATE_TEST_SUITE_P(Ghostscript, WriteError,
-                         testing::Values("exec sleep 1000", "exec cat /dev/zero"),
+                         testing::Values(Answer::hang(), Answer::endlessBytes()),
                          [](const auto& test) {
                              return std::string{test.index == 0 ? "ThatHangs" : "ThatIsFull"};
                          });

@@ -15,19 +15,15 @@
 
 namespace {
 
+using Answer = GhostscriptAnswer;
 using Clock = std::chrono::steady_clock;
-
-// Records its process number, then says and does nothing for an hour.
-QByteArray hanging(const std::string& recordFile)
-{
-    return "echo $$ > '" + QByteArray::fromStdString(recordFile) + "'\nexec sleep 3600\n";
-}
 
 class HangingGhostscript : public testing::Test
 {
 protected:
     // Expects the failure after `seconds` at least, and nothing left running.
-    void expectFailure(const std::string& reason, std::chrono::seconds seconds) const
+    void expectFailure(const FakeGhostscript& ghostscript, const std::string& reason,
+                       std::chrono::seconds seconds) const
     {
         const Clock::time_point start = Clock::now();
         const ProgramResult result =
@@ -36,37 +32,34 @@ protected:
         EXPECT_TRUE(Conversion::hasFailedCleanly(result, m_output));
         EXPECT_EQ(result.error,
                   "can't write page file '" + m_folder.path("a.pdf") + "', " + reason + '\n');
-        const pid_t ghostscript = std::stoi(Conversion::contentOf(m_record));
-        EXPECT_TRUE(kill(ghostscript, 0) == -1 && errno == ESRCH) << "Ghostscript still runs";
+        const pid_t hanging = ghostscript.lastProcess();
+        ASSERT_GT(hanging, 0);
+        EXPECT_TRUE(kill(hanging, 0) == -1 && errno == ESRCH) << "Ghostscript still runs";
     }
 
     TemporaryFolder m_folder;
     std::string m_output = m_folder.path("out.tif");
-    std::string m_record = m_folder.path("process");
 };
 
 TEST_F(HangingGhostscript, InTheQueryIsAFailureAfterHalfAMinute)
 {
     m_folder.write("a.pdf", SamplePdf::equalPages(1));
-    const FakeGhostscript ghostscript(hanging(m_record));
-    expectFailure("invalid pdf format", std::chrono::seconds(30));
+    const FakeGhostscript ghostscript(Answer::hang());
+    expectFailure(ghostscript, "invalid pdf format", std::chrono::seconds(30));
 }
 
 TEST_F(HangingGhostscript, InARunIsAFailureAfterAMinute)
 {
     m_folder.write("a.pdf", SamplePdf::equalPages(3));
-    const FakeGhostscript ghostscript("case \"$*\" in *' -c '*) " +
-                                      FakeGhostscript::realGhostscript() + ";; esac\n" +
-                                      hanging(m_record));
-    expectFailure("invalid data", std::chrono::seconds(60));
+    const FakeGhostscript ghostscript({Answer::real(), Answer::hang()});
+    expectFailure(ghostscript, "invalid data", std::chrono::seconds(60));
 }
 
 TEST_F(HangingGhostscript, InARunAheadIsAFailureAMinuteAfterItIsAskedFor)
 {
     m_folder.write("a.pdf", SamplePdf::equalPages(20));
-    const FakeGhostscript ghostscript("case \"$*\" in *-dFirstPage=18\\ *) " + hanging(m_record) +
-                                      ";; esac\n" + FakeGhostscript::realGhostscript());
-    expectFailure("invalid data", std::chrono::seconds(60));
+    const FakeGhostscript ghostscript({Answer::real(), Answer::real(), {{18, Answer::hang()}}});
+    expectFailure(ghostscript, "invalid data", std::chrono::seconds(60));
 }
 
 TEST_F(HangingGhostscript, InTheMiddleOfARunLeavesTheRestOfThePageWhiteWithoutAWord)
@@ -78,10 +71,10 @@ TEST_F(HangingGhostscript, InTheMiddleOfARunLeavesTheRestOfThePageWhiteWithoutAW
     const std::vector<TiffPage> whole = readTiff(m_output);
 
     constexpr int bytesPerPage = 216 * 2244;
-    const FakeGhostscript ghostscript("case \"$*\" in *-dFirstPage=1*) head -c " +
-                                      QByteArray::number(bytesPerPage / 2) +
-                                      " /dev/zero | tr '\\000' '\\377'\n" + hanging(m_record) +
-                                      ";; esac\n" + FakeGhostscript::realGhostscript());
+    const FakeGhostscript ghostscript(
+        {Answer::real(),
+         Answer::real(),
+         {{1, Answer::bytes(bytesPerPage / 2, '\xff') + Answer::hang()}}});
     const ProgramResult result = runProgram(Conversion::with(arguments));
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_EQ(result.error, "");

@@ -53,7 +53,7 @@ private:
 
 TEST_F(SlowStart, OfGhostscriptLosesNoBrokenPipe)
 {
-    const FakeGhostscript ghostscript("exec sleep 1000");
+    const FakeGhostscript ghostscript(GhostscriptAnswer::hang());
     EXPECT_EQ(interruptTheStart({}).signal, SIGPIPE);
     EXPECT_FALSE(std::filesystem::exists(m_output));
 }
