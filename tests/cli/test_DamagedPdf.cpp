@@ -52,7 +52,9 @@ protected:
         std::vector<std::string> arguments = options;
         arguments.insert(arguments.end(), {"in.pdf", "-o", "plain.tif"});
         {
-            const FakeGhostscript redirected(drawingIntoAFile());
+            const FakeGhostscript redirected(
+                {GhostscriptAnswer::real(),
+                 GhostscriptAnswer::realThroughFile(folder().qPath(QStringLiteral("drawn")))});
             EXPECT_EQ(run(arguments).exitStatus, 0);
         }
         arguments.back() = "out.tif";
@@ -63,19 +65,6 @@ protected:
         EXPECT_EQ(result.output, "");
         EXPECT_TRUE(content("out.tif") == content("plain.tif"));
         return result;
-    }
-
-private:
-    QByteArray drawingIntoAFile() const
-    {
-        const QByteArray file = '\'' + QByteArray::fromStdString(folder().path("drawn")) + '\'';
-        const QByteArray real = FakeGhostscript::realGhostscript();
-        return "case \"$*\" in *' -c '*) " + real + R"sh(;; esac
-unset GS_OPTIONS
-for argument; do
-  shift
-  [ "$argument" != -sOutputFile=- ] || argument=-sOutputFile=)sh" +
-               file + "\n  set -- \"$@\" \"$argument\"\ndone\n(" + real + ") >&2 && cat " + file;
     }
 };
 

@@ -3,7 +3,11 @@
 #include "support/FakeGhostscript.h"
 #include "support/SamplePdf.h"
 
+#include <csignal>
+
 namespace {
+
+using Answer = GhostscriptAnswer;
 
 // A program that would draw a page, and leave a trace where it may write.
 const char* const postScript = "%!PS\n(trace) (w) file closefile\nshowpage\n";
@@ -49,7 +53,7 @@ TEST_P(NotAPdf, IsReportedAsAnInvalidPdf)
 
 TEST_P(NotAPdf, NeverReachesGhostscript)
 {
-    const FakeGhostscript ghostscript("exit 1");
+    const FakeGhostscript ghostscript(Answer::exit(1));
     folder().write("in.pdf", GetParam().content());
     run({"-o", "out.tif", "in.pdf"});
     EXPECT_TRUE(ghostscript.runs().empty());
@@ -96,25 +100,25 @@ TEST_F(PdfInput, WithoutGhostscriptIsAnInvalidPdf)
 struct GhostscriptRow
 {
     const char* name;
-    const char* commands;
+    FakeGhostscript::Answers answers;
     const char* error;
 };
 
-// A size is asked for with -c, pages without.
+const char* const invalidPdf = "can't write page file 'in.pdf', invalid pdf format\n";
+const char* const invalidData = "can't write page file 'in.pdf', invalid data\n";
+
 const GhostscriptRow ghostscriptRows[] = {
-    {"FailsInTheQuery", "exit 1", "can't write page file 'in.pdf', invalid pdf format\n"},
-    {"AnswersButFailsInTheQuery", "echo 0 0 612 792; exit 1",
-     "can't write page file 'in.pdf', invalid pdf format\n"},
-    {"SaysNothingInTheQuery", "exit 0", "can't write page file 'in.pdf', invalid pdf format\n"},
-    {"IsKilledInTheQuery", "kill -9 $$", "can't write page file 'in.pdf', invalid pdf format\n"},
-    {"FailsInTheRun", "case \"$*\" in *' -c '*) echo 0 0 612 792;; *) exit 1;; esac",
-     "can't write page file 'in.pdf', invalid data\n"},
-    {"IsKilledInTheRun", "case \"$*\" in *' -c '*) echo 0 0 612 792;; *) kill -9 $$;; esac",
-     "can't write page file 'in.pdf', invalid data\n"},
-    {"WritesHalfAPage",
-     "case \"$*\" in *' -c '*) echo 0 0 612 792;; *) head -c 1000 /dev/zero;; esac",
-     "can't write page file 'in.pdf', invalid data\n"},
-    {"ComplainsOnStandardError", "echo complaint >&2; exit 1",
+    {"FailsInTheQuery", {Answer::exit(1), Answer::real()}, invalidPdf},
+    {"AnswersButFailsInTheQuery",
+     {Answer::pageSizes(1) + Answer::exit(1), Answer::real()},
+     invalidPdf},
+    {"SaysNothingInTheQuery", {{}, Answer::real()}, invalidPdf},
+    {"IsKilledInTheQuery", {Answer::crash(SIGKILL), Answer::real()}, invalidPdf},
+    {"FailsInTheRun", {Answer::pageSizes(1), Answer::exit(1)}, invalidData},
+    {"IsKilledInTheRun", {Answer::pageSizes(1), Answer::crash(SIGKILL)}, invalidData},
+    {"WritesHalfAPage", {Answer::pageSizes(1), Answer::bytes(1000)}, invalidData},
+    {"ComplainsOnStandardError",
+     {Answer::remark("complaint\n") + Answer::exit(1), Answer::real()},
      "complaint\ncan't write page file 'in.pdf', invalid pdf format\n"},
 };
 
@@ -124,7 +128,7 @@ class FailingGhostscript : public CliTest, public testing::WithParamInterface<Gh
 
 TEST_P(FailingGhostscript, LeavesNoOutput)
 {
-    const FakeGhostscript ghostscript(GetParam().commands);
+    const FakeGhostscript ghostscript(GetParam().answers);
     folder().write("in.pdf", SamplePdf::equalPages(1));
     EXPECT_TRUE(isFailure(run({"-o", "out.tif", "in.pdf"}), GetParam().error));
     EXPECT_FALSE(exists("out.tif"));

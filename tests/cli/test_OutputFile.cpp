@@ -166,17 +166,23 @@ TEST_F(OutputFile, WithAnotherHardLinkLosesOnlyItsOwnName)
     EXPECT_TRUE(exists("other.tif"));
 }
 
-// Another process at work in the folder while the program waits for Ghostscript:
-// shell commands in place of the query.
+// Another process at work in the folder while the program waits for Ghostscript,
+// which runs it before it answers the query.
 class DisturbedOutputFile : public OutputFile
 {
 protected:
-    ProgramResult runDisturbed(const QByteArray& commands) const
+    ProgramResult runDisturbed(const QStringList& command) const
     {
         folder().write("in.pdf", SamplePdf::equalPages(1));
-        const FakeGhostscript ghostscript("case \"$*\" in *' -c '*) " + commands + ";; esac\n" +
-                                          FakeGhostscript::realGhostscript());
+        const FakeGhostscript ghostscript(
+            {GhostscriptAnswer::command(command) + GhostscriptAnswer::real(),
+             GhostscriptAnswer::real()});
         return run({"-o", "out.tif", "in.pdf", "in.png"});
+    }
+
+    static QStringList words(const char* command)
+    {
+        return QString::fromUtf8(command).split(QLatin1Char(' '));
     }
 
     const char* const m_message = "can't write file 'out.tif'\n";
@@ -184,27 +190,27 @@ protected:
 
 TEST_F(DisturbedOutputFile, ThatIsRemovedIsAFailure)
 {
-    EXPECT_TRUE(isFailure(runDisturbed("rm out.tif"), m_message));
+    EXPECT_TRUE(isFailure(runDisturbed(words("rm out.tif")), m_message));
     EXPECT_FALSE(exists("out.tif"));
 }
 
 TEST_F(DisturbedOutputFile, ThatAnotherConversionRemovesIsAFailure)
 {
     EXPECT_TRUE(isFailureAfterRemarks(
-        runDisturbed("" MORVALTIDE_PROGRAM " -o out.tif missing.png >&2"), m_message));
+        runDisturbed(words(MORVALTIDE_PROGRAM " -o out.tif missing.png")), m_message));
     EXPECT_FALSE(exists("out.tif"));
 }
 
 TEST_F(DisturbedOutputFile, ThatIsReplacedIsAFailureAndTheNewFileStays)
 {
     folder().write("new.tif", "new");
-    EXPECT_TRUE(isFailure(runDisturbed("mv new.tif out.tif"), m_message));
+    EXPECT_TRUE(isFailure(runDisturbed(words("mv new.tif out.tif")), m_message));
     EXPECT_EQ(content("out.tif"), QByteArray("new"));
 }
 
 TEST_F(DisturbedOutputFile, ThatIsMovedElsewhereIsAFailure)
 {
-    EXPECT_TRUE(isFailure(runDisturbed("mv out.tif elsewhere.tif"), m_message));
+    EXPECT_TRUE(isFailure(runDisturbed(words("mv out.tif elsewhere.tif")), m_message));
     EXPECT_TRUE(exists("elsewhere.tif"));
 }
 
@@ -212,14 +218,14 @@ TEST_F(DisturbedOutputFile, BehindALinkThatLeadsElsewhereByNowIsAFailure)
 {
     link("target.tif", "out.tif");
     folder().write("other.tif", "other");
-    EXPECT_TRUE(isFailure(runDisturbed("ln -sf other.tif out.tif"), m_message));
+    EXPECT_TRUE(isFailure(runDisturbed(words("ln -sf other.tif out.tif")), m_message));
     EXPECT_FALSE(exists("target.tif"));
     EXPECT_EQ(content("other.tif"), QByteArray("other"));
 }
 
 TEST_F(DisturbedOutputFile, WithAnotherNameBesidesIsKept)
 {
-    EXPECT_TRUE(isSilentSuccess(runDisturbed("ln out.tif other.tif")));
+    EXPECT_TRUE(isSilentSuccess(runDisturbed(words("ln out.tif other.tif"))));
     EXPECT_EQ(pages("other.tif").size(), 2U);
 }
 

@@ -11,17 +11,18 @@
 
 namespace {
 
+using Answer = GhostscriptAnswer;
+using Answers = FakeGhostscript::Answers;
+
 // Stand-ins for Ghostscript that say nothing and never end, the one when asked
-// for the page sizes, the other when asked for pages. "exec" leaves one process.
-const char* const silentQuery = "exec sleep 1000";
-const char* const silentRun =
-    "case \"$*\" in *' -c '*) echo 0 0 612 792;; *) exec sleep 1000;; esac";
+// for the page sizes, the other when asked for pages.
+const Answers silentQuery = {Answer::hang(), Answer::real()};
+const Answers silentRun = {Answer::pageSizes(1), Answer::hang()};
 
 // One that draws the first run of pages and hangs in the second, which is
 // started while the pages of the first are written.
-const QByteArray silentRunAhead =
-    "case \"$*\" in *-dFirstPage=18*) exec sleep 1000;; esac\n" +
-    FakeGhostscript::numberedPages(QByteArray("0 0 612 792\n").repeated(20));
+const Answers silentRunAhead = {
+    Answer::pageSizes(20), Answer::numberedPages(), {{18, Answer::hang()}}};
 
 const char* const sanitizerHandlesNothing =
     "handle_abort=0:handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0:handle_sigtrap=0";
@@ -65,7 +66,7 @@ struct Row
 {
     const char* name;
     int signal;
-    QByteArray commands;
+    Answers answers;
     std::size_t runCount;
 };
 
@@ -112,7 +113,7 @@ class EndingSignal : public InterruptedConversion, public testing::WithParamInte
 
 TEST_P(EndingSignal, LeavesNoOutputAndNoGhostscript)
 {
-    const FakeGhostscript ghostscript(GetParam().commands);
+    const FakeGhostscript ghostscript(GetParam().answers);
     const ProgramResult result = interrupt(start({"-o", "out.tif", "in.png", "in.pdf"}),
                                            ghostscript, GetParam().runCount, GetParam().signal);
     EXPECT_EQ(result.signal, GetParam().signal);
@@ -123,7 +124,7 @@ TEST_P(EndingSignal, LeavesNoOutputAndNoGhostscript)
 
 TEST_P(EndingSignal, RemovesTheLinkAndItsTarget)
 {
-    const FakeGhostscript ghostscript(GetParam().commands);
+    const FakeGhostscript ghostscript(GetParam().answers);
     folder().write("target.tif", "old");
     link("target.tif", "out.tif");
     const ProgramResult result = interrupt(start({"-o", "out.tif", "in.png", "in.pdf"}),
@@ -199,8 +200,7 @@ const Row ignoredRows[] = {
 TEST_P(IgnoredSignal, AtStartStaysIgnored)
 {
     // Waits until the test lets it go on.
-    const FakeGhostscript ghostscript("while ! [ -e go ]; do sleep 0.01; done\n" +
-                                      FakeGhostscript::realGhostscript());
+    const FakeGhostscript ghostscript(Answer::waitFor(QStringLiteral("go")) + Answer::real());
     ProgramStart conversion = start({"-o", "out.tif", "in.png", "in.pdf"});
     conversion.ignoredSignals = {GetParam().signal};
     ProgramRun run(conversion);

@@ -36,7 +36,8 @@ protected:
 
 TEST_P(ClosedStreams, AtStartChangeNothingInTheFile)
 {
-    const FakeGhostscript ghostscript("echo warning >&2\n" + FakeGhostscript::realGhostscript());
+    const FakeGhostscript ghostscript(GhostscriptAnswer::remark("warning\n") +
+                                      GhostscriptAnswer::real());
     folder().write("in.png", blackPng({20, 20}));
     folder().write("in.pdf", SamplePdf::equalPages(2));
     ASSERT_EQ(run({"-o", "plain.tif", "in.png", "in.pdf"}).error, "warning\nwarning\n");
