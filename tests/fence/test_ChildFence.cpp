@@ -325,8 +325,13 @@ TEST(Wrapper, RunsWithoutTheRulesForFilesAndPrograms)
 {
     const TemporaryFolder folder;
     const std::string secret = folder.write("secret", "content");
-    const FakeGhostscript script("cat '" + QByteArray::fromStdString(secret) +
-                                 "' | cat; grep -E 'NoNewPrivs|Seccomp:' /proc/self/status");
+    const GhostscriptAnswer reading =
+        GhostscriptAnswer::command({QStringLiteral("cat"), QString::fromStdString(secret)});
+    const FakeGhostscript script(
+        reading.through({QStringLiteral("cat")}) +
+        GhostscriptAnswer::command({QStringLiteral("grep"), QStringLiteral("-E"),
+                                    QStringLiteral("NoNewPrivs|Seccomp:"),
+                                    QStringLiteral("/proc/self/status")}));
     const FencedDocument document(QStringLiteral("gs"), QString());
     ChildProcess child(QProcess::SeparateChannels);
     child.start(QStringLiteral("gs"), QStringList());

@@ -183,7 +183,7 @@ TEST(ParentFence, OfAWrapperLeavesFilesProgramsAndSocketsAlone)
 {
     const Scene scene;
     const Parent parent;
-    const FakeGhostscript wrapper("true");
+    const FakeGhostscript wrapper{GhostscriptAnswer()};
     EXPECT_TRUE(parent.succeeds("createFile", scene.argument("{new}"), newest));
     EXPECT_TRUE(parent.succeeds("runShell", "", newest));
     EXPECT_TRUE(parent.succeeds("useTcp", scene.argument("{port}"), newest));

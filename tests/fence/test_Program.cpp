@@ -89,7 +89,7 @@ TEST_F(ConqueredDecoder, CanWriteBesideTheOutput)
 
 TEST_F(ConqueredDecoder, CanWriteElsewhereIfGhostscriptIsAWrapper)
 {
-    const FakeGhostscript wrapper(FakeGhostscript::realGhostscript());
+    const FakeGhostscript wrapper(GhostscriptAnswer::real());
     EXPECT_EQ(reportOf("createFile", m_other.path("new")), "succeeded\n");
 }
 
