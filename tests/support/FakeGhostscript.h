@@ -4,7 +4,6 @@
 #include "support/SearchPath.h"
 #include "support/TemporaryFolder.h"
 
-#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -31,17 +30,6 @@ public:
     /// Answers everything alike.
     explicit FakeGhostscript(const GhostscriptAnswer& answer);
 
-    /// Plays shell commands.
-    explicit FakeGhostscript(const QByteArray& commands);
-
-    /// Commands that run the real Ghostscript with the same arguments. To be
-    /// asked for while no stand-in is in force.
-    static QByteArray realGhostscript();
-
-    /// Commands that print `answer` when asked for the page sizes, and that
-    /// draw each page of a run by filling all its bytes with its page number.
-    static QByteArray numberedPages(const QByteArray& answer);
-
     /// The arguments of all runs up to now, in order.
     std::vector<QStringList> runs() const;
 
@@ -56,8 +44,6 @@ public:
     pid_t lastProcess() const;
 
 private:
-    QByteArray noteOverlap() const;
-
     TemporaryFolder m_folder;
     QString m_realGhostscript; // before the search path changes
     SearchPath m_searchPath;
