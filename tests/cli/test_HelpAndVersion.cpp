@@ -34,14 +34,9 @@ struct Row
 };
 
 const Row rows[] = {
-    {"HelpByItsLetter", {"-h"}, helpText},
     {"HelpInFull", {"--help"}, helpText},
-    {"HelpByItsPrefix", {"--he"}, helpText},
-    {"VersionByItsLetter", {"-v"}, versionText},
     {"VersionInFull", {"--version"}, versionText},
-    {"VersionByItsPrefix", {"--v"}, versionText},
     {"HelpWinsOverVersion", {"--version", "--help"}, helpText},
-    {"BothLettersBehindOneDashGiveHelp", {"-vh"}, helpText},
     {"HelpOnACompleteCommandLine", {"-o", "out.tif", "missing.png", "-h"}, helpText},
     {"VersionOnACompleteCommandLine", {"-v", "-o", "out.tif", "missing.png"}, versionText},
     {"HelpWithMarginsThatAreTooLarge", {"-m", "9", "--help"}, helpText},

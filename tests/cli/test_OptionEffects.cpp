@@ -163,14 +163,6 @@ const RotationRow rotationRows[] = {
     {"HalfTurn", {"-R", "180"}, bottomRight},
     {"ThreeQuarterTurnClockwise", {"-R", "270"}, bottomLeft},
     {"QuarterTurnBack", {"-R", "-90"}, bottomLeft},
-    {"HalfTurnBack", {"-R", "-180"}, bottomRight},
-    {"ThreeQuarterTurnBack", {"-R", "-270"}, topRight},
-    {"WholeTurn", {"-R", "360"}, topLeft},
-    {"WholeTurnBack", {"-R", "-360"}, topLeft},
-    {"MoreThanAWholeTurn", {"-R", "450"}, topRight},
-    {"TwoTurnsBack", {"-R", "-720"}, topLeft},
-    {"PlusSign", {"-R", "+90"}, topRight},
-    {"LargestAngle", {"-R", "2147483610"}, topRight},
 };
 
 class RotationOption : public CliTest, public testing::WithParamInterface<RotationRow>
