@@ -1,4 +1,4 @@
 """What morvaltide-batch, morvaltide-mail and morvaltide-watch are made of."""
 
-# The version of the whole project, as set in CMakeLists.txt.
+# The version of the whole project, as set in CMakeLists.txt, for all companions.
 VERSION = "1.0.0"

@@ -6,7 +6,9 @@ import shutil
 import signal
 import tempfile
 
-from . import VERSION, documents, geometry, report, tools
+from morvaltide_companions import VERSION
+
+from . import documents, geometry, report, tools
 from .failure import Failure, one_line, write_line
 from .outdir import OutFolder
 
