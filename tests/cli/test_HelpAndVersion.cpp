@@ -1,30 +1,8 @@
 #include "CliTest.h"
 
+#include "support/ProgramTexts.h"
+
 namespace {
-
-// The library that lays the listing out leaves a blank at the end of a line
-// that it breaks.
-const char* const helpText =
-    "usage: morvaltide [option]... [file]...\n"
-    "options:\n"
-    "  -h [ --help ]                  display this help message\n"
-    "  -v [ --version ]               display version information\n"
-    "  -p [ --paper-size ] <size>     specify paper size: a4, letter, legal \n"
-    "                                 (default: a4)\n"
-    "  -r [ --resolution ] <type>     specify resolution: standard, fine, superfine,\n"
-    "                                 ultrafine (default: fine)\n"
-    "  -R [ --rotation ] <angle>      specify rotation angle: 0, 90, 180, 270, -90, \n"
-    "                                 -180, -270\n"
-    "  -t [ --transformation ] <flag> specify transformation: fittopaper\n"
-    "  -m [ --margins ] <value>       specify margins in inches (in L,T,R,B or H,V \n"
-    "                                 or M formats)\n"
-    "  -c [ --compression ] <group>   specify group encoding compression: g3, g4 \n"
-    "                                 (default: g3)\n"
-    "  -C [ --cover-page ] <file>     specify cover page HTML file\n"
-    "  -o [ --output-file ] <file>    specify output file name\n"
-    "\n";
-
-const char* const versionText = "morvaltide version 1.0.0\n";
 
 struct Row
 {
@@ -34,13 +12,15 @@ struct Row
 };
 
 const Row rows[] = {
-    {"HelpInFull", {"--help"}, helpText},
-    {"VersionInFull", {"--version"}, versionText},
-    {"HelpWinsOverVersion", {"--version", "--help"}, helpText},
-    {"HelpOnACompleteCommandLine", {"-o", "out.tif", "missing.png", "-h"}, helpText},
-    {"VersionOnACompleteCommandLine", {"-v", "-o", "out.tif", "missing.png"}, versionText},
-    {"HelpWithMarginsThatAreTooLarge", {"-m", "9", "--help"}, helpText},
-    {"VersionWithMarginsThatAreTooLarge", {"-m", "9", "--version"}, versionText},
+    {"HelpInFull", {"--help"}, ProgramTexts::help},
+    {"VersionInFull", {"--version"}, ProgramTexts::version},
+    {"HelpWinsOverVersion", {"--version", "--help"}, ProgramTexts::help},
+    {"HelpOnACompleteCommandLine", {"-o", "out.tif", "missing.png", "-h"}, ProgramTexts::help},
+    {"VersionOnACompleteCommandLine",
+     {"-v", "-o", "out.tif", "missing.png"},
+     ProgramTexts::version},
+    {"HelpWithMarginsThatAreTooLarge", {"-m", "9", "--help"}, ProgramTexts::help},
+    {"VersionWithMarginsThatAreTooLarge", {"-m", "9", "--version"}, ProgramTexts::version},
 };
 
 class HelpAndVersion : public CliTest, public testing::WithParamInterface<Row>
@@ -91,7 +71,7 @@ TEST_F(WithoutQt, TheSettingsMakeAConversionTalk)
 TEST_F(WithoutQt, HelpIsPrinted)
 {
     const ProgramResult result = runTalkative({"--help"});
-    EXPECT_EQ(result.output, helpText);
+    EXPECT_EQ(result.output, ProgramTexts::help);
     EXPECT_EQ(result.error, "");
     EXPECT_EQ(result.exitStatus, 0);
 }
@@ -99,7 +79,7 @@ TEST_F(WithoutQt, HelpIsPrinted)
 TEST_F(WithoutQt, TheVersionIsPrinted)
 {
     const ProgramResult result = runTalkative({"--version"});
-    EXPECT_EQ(result.output, versionText);
+    EXPECT_EQ(result.output, ProgramTexts::version);
     EXPECT_EQ(result.error, "");
     EXPECT_EQ(result.exitStatus, 0);
 }

@@ -2,6 +2,7 @@
 
 #include "options/CommandLine.h"
 #include "options/OptionsApplicationExit.h"
+#include "support/ProgramTexts.h"
 
 #include <boost/program_options/errors.hpp>
 
@@ -39,29 +40,6 @@ private:
     std::streambuf* m_previous;
 };
 
-constexpr char versionLine[] = "morvaltide version 1.0.0\n";
-
-// The library leaves a blank where it wraps some of the lines.
-constexpr char helpText[] =
-    "usage: morvaltide [option]... [file]...\n"
-    "options:\n"
-    "  -h [ --help ]                  display this help message\n"
-    "  -v [ --version ]               display version information\n"
-    "  -p [ --paper-size ] <size>     specify paper size: a4, letter, legal \n"
-    "                                 (default: a4)\n"
-    "  -r [ --resolution ] <type>     specify resolution: standard, fine, superfine,\n"
-    "                                 ultrafine (default: fine)\n"
-    "  -R [ --rotation ] <angle>      specify rotation angle: 0, 90, 180, 270, -90, \n"
-    "                                 -180, -270\n"
-    "  -t [ --transformation ] <flag> specify transformation: fittopaper\n"
-    "  -m [ --margins ] <value>       specify margins in inches (in L,T,R,B or H,V \n"
-    "                                 or M formats)\n"
-    "  -c [ --compression ] <group>   specify group encoding compression: g3, g4 \n"
-    "                                 (default: g3)\n"
-    "  -C [ --cover-page ] <file>     specify cover page HTML file\n"
-    "  -o [ --output-file ] <file>    specify output file name\n"
-    "\n";
-
 struct TextRow
 {
     const char* name;
@@ -70,19 +48,19 @@ struct TextRow
 };
 
 const TextRow textRows[] = {
-    {"ShortHelpAlone", {"-h"}, helpText},
-    {"LongHelpAlone", {"--help"}, helpText},
-    {"AbbreviatedHelpAlone", {"--he"}, helpText},
-    {"HelpOnACompleteCommandLine", {"-o", "out.tif", "--help", "a.pdf"}, helpText},
-    {"HelpBesideMarginsThatAreTooLarge", {"-m", "9", "--help"}, helpText},
-    {"HelpBeforeVersion", {"--help", "--version"}, helpText},
-    {"HelpAfterVersion", {"--version", "--help"}, helpText},
-    {"HelpAndVersionBehindOneDash", {"-vh"}, helpText},
-    {"ShortVersionAlone", {"-v"}, versionLine},
-    {"LongVersionAlone", {"--version"}, versionLine},
-    {"AbbreviatedVersionAlone", {"--ver"}, versionLine},
-    {"VersionOnACompleteCommandLine", {"-o", "out.tif", "-v", "a.pdf"}, versionLine},
-    {"VersionBesideMarginsThatAreTooLarge", {"-m", "9", "-v"}, versionLine},
+    {"ShortHelpAlone", {"-h"}, ProgramTexts::help},
+    {"LongHelpAlone", {"--help"}, ProgramTexts::help},
+    {"AbbreviatedHelpAlone", {"--he"}, ProgramTexts::help},
+    {"HelpOnACompleteCommandLine", {"-o", "out.tif", "--help", "a.pdf"}, ProgramTexts::help},
+    {"HelpBesideMarginsThatAreTooLarge", {"-m", "9", "--help"}, ProgramTexts::help},
+    {"HelpBeforeVersion", {"--help", "--version"}, ProgramTexts::help},
+    {"HelpAfterVersion", {"--version", "--help"}, ProgramTexts::help},
+    {"HelpAndVersionBehindOneDash", {"-vh"}, ProgramTexts::help},
+    {"ShortVersionAlone", {"-v"}, ProgramTexts::version},
+    {"LongVersionAlone", {"--version"}, ProgramTexts::version},
+    {"AbbreviatedVersionAlone", {"--ver"}, ProgramTexts::version},
+    {"VersionOnACompleteCommandLine", {"-o", "out.tif", "-v", "a.pdf"}, ProgramTexts::version},
+    {"VersionBesideMarginsThatAreTooLarge", {"-m", "9", "-v"}, ProgramTexts::version},
 };
 
 class InformationText : public testing::TestWithParam<TextRow>
