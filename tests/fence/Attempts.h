@@ -5,6 +5,10 @@
 #include <functional>
 #include <string>
 
+/// The number of a system call as the text that an attempt takes for its argument.
+#define MORVALTIDE_CALL(name) MORVALTIDE_TEXT_OF(name)
+#define MORVALTIDE_TEXT_OF(number) #number
+
 /// Attempts of conquered code (attackers/Attacks.h), each in processes of its own.
 namespace Attempts {
 

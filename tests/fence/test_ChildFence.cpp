@@ -47,9 +47,6 @@ void PrintTo(const Row& row, std::ostream* stream)
     *stream << row.name;
 }
 
-#define MORVALTIDE_TEXT_OF(number) #number
-#define MORVALTIDE_CALL(name) MORVALTIDE_TEXT_OF(name)
-
 // The table of SECURITY.md.
 const Row rows[] = {
     {"ReadingASecretFile", "readFile", "{secret}", succeeds, fails, fails},

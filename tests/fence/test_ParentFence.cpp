@@ -32,9 +32,6 @@ void PrintTo(const Row& row, std::ostream* stream)
     *stream << row.name;
 }
 
-#define MORVALTIDE_TEXT_OF(number) #number
-#define MORVALTIDE_CALL(name) MORVALTIDE_TEXT_OF(name)
-
 // The second table of SECURITY.md. The output lies in a folder of its own.
 const Row rows[] = {
     {"ReadingAFile", "readFile", "{secret}", true, true, true},
