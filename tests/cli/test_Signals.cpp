@@ -2,10 +2,9 @@
 
 #include "support/FakeGhostscript.h"
 #include "support/SamplePdf.h"
+#include "support/WaitUntil.h"
 
-#include <chrono>
 #include <csignal>
-#include <thread>
 
 #include <sys/stat.h>
 
@@ -38,13 +37,8 @@ protected:
 
     static void waitForRuns(const FakeGhostscript& ghostscript, std::size_t count)
     {
-        constexpr std::chrono::milliseconds pause(2);
-        constexpr std::chrono::seconds patience(60);
-        const auto deadline = std::chrono::steady_clock::now() + patience;
-        while (ghostscript.runs().size() < count) {
-            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "Ghostscript was not started";
-            std::this_thread::sleep_for(pause);
-        }
+        ASSERT_TRUE(waitUntil([&] { return ghostscript.runs().size() >= count; }))
+            << "Ghostscript was not started";
     }
 
     // Sends the signal when the stand-in has been started so many times. The

@@ -2,15 +2,14 @@
 #include "support/FakeGhostscript.h"
 #include "support/SamplePdf.h"
 #include "support/TemporaryFolder.h"
+#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <set>
 #include <string>
-#include <thread>
 
 namespace {
 
@@ -25,7 +24,8 @@ protected:
             MORVALTIDE_SLOW_START, {{"START_GO", m_go}, {"START_REPORT", m_report}});
         start.ignoredSignals = ignoredSignals;
         ProgramRun run(start);
-        waitForTheStart();
+        EXPECT_TRUE(waitUntil([this] { return std::filesystem::exists(m_report); }))
+            << "Ghostscript was not started";
         EXPECT_TRUE(std::filesystem::exists(m_output));
         run.sendSignal(SIGPIPE);
         m_folder.write("go", "");
@@ -36,17 +36,6 @@ protected:
     std::string m_output = m_folder.path("out.tif");
 
 private:
-    void waitForTheStart() const
-    {
-        constexpr std::chrono::milliseconds pause(2);
-        constexpr std::chrono::seconds patience(60);
-        const auto deadline = std::chrono::steady_clock::now() + patience;
-        while (!std::filesystem::exists(m_report)) {
-            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "Ghostscript was not started";
-            std::this_thread::sleep_for(pause);
-        }
-    }
-
     std::string m_go = m_folder.path("go");
     std::string m_report = m_folder.path("report");
 };

@@ -3,16 +3,16 @@
 #include "process/CollectingHandler.h"
 #include "support/PrintQt.h"
 #include "support/TemporaryFolder.h"
+#include "support/WaitUntil.h"
 
 #include <QFile>
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <functional>
-#include <thread>
+#include <memory>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -45,14 +45,14 @@ public:
     /// Calls `meanwhile` until the child has made so many notes.
     void waitForNotes(int count, const std::function<void()>& meanwhile = [] {}) const
     {
-        constexpr std::chrono::milliseconds pause(2);
-        constexpr std::chrono::seconds patience(60);
-        const auto deadline = std::chrono::steady_clock::now() + patience;
-        while (notes().count('\n') < count) {
-            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << notes().constData();
-            std::this_thread::sleep_for(pause);
+        const auto isNoted = [this, count, &meanwhile] {
+            if (notes().count('\n') >= count) {
+                return true;
+            }
             meanwhile();
-        }
+            return false;
+        };
+        ASSERT_TRUE(waitUntil(isNoted)) << notes().constData();
     }
 
 private:
@@ -171,11 +171,10 @@ TEST_P(EndedChild, IsJudgedWhenItIsRead)
 TEST_P(EndedChild, IsJudgedWhenItIsReadAfterItsEndWasSeen)
 {
     RunningShell child(GetParam().commands);
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!child.process().hasEnded() && std::chrono::steady_clock::now() < deadline) {
+    ASSERT_TRUE(waitUntil([&child] {
         child.process().receive(8388608);
-    }
-    ASSERT_TRUE(child.process().hasEnded());
+        return child.process().hasEnded();
+    }));
     CollectingHandler handler;
     EXPECT_EQ(child.process().read(&handler), GetParam().ok);
     EXPECT_EQ(handler.collected(), QByteArray("text"));
@@ -199,10 +198,10 @@ TEST(RunningProcess, FailsForAnExecutableThatIsNoProgram)
     const QString program = QString::fromStdString(folder.write("data", "\177ELF nonsense"));
     QFile::setPermissions(program, QFile::ReadOwner | QFile::ExeOwner);
     RunningProcess process(program, {});
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!process.hasEnded() && std::chrono::steady_clock::now() < deadline) {
+    ASSERT_TRUE(waitUntil([&process] {
         process.receive(8388608);
-    }
+        return process.hasEnded();
+    }));
     CollectingHandler handler;
     EXPECT_FALSE(process.read(&handler));
 }

@@ -7,18 +7,16 @@
 #include "support/FakeGhostscript.h"
 #include "support/PrintQt.h"
 #include "support/TemporaryFolder.h"
+#include "support/WaitUntil.h"
 
 #include <QFile>
 #include <QImage>
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <csignal>
-#include <functional>
 #include <map>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include <sys/wait.h>
@@ -33,17 +31,6 @@ bool hasChild()
 {
     siginfo_t info = {};
     return waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT | __WALL) == 0;
-}
-
-void waitFor(const std::function<bool()>& condition)
-{
-    constexpr std::chrono::milliseconds pause(2);
-    constexpr std::chrono::seconds patience(60);
-    const auto deadline = std::chrono::steady_clock::now() + patience;
-    while (!condition()) {
-        ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "Ghostscript does not do it";
-        std::this_thread::sleep_for(pause);
-    }
 }
 
 constexpr std::size_t eightMebibytes = 8388608;
@@ -109,7 +96,7 @@ TEST_F(ReadAheadRun, StartsBeforeItsPagesAreAskedFor)
     open(Answer::pageSizes(7));
     EXPECT_EQ(request(0), 1);
     EXPECT_TRUE(hasChild());
-    waitFor([this] { return ranges().size() == 2; });
+    ASSERT_TRUE(waitUntil([this] { return ranges().size() == 2; }));
     EXPECT_EQ(ranges()[1], QStringLiteral("-dFirstPage=4 -dLastPage=6 -g64x10"));
 }
 
@@ -117,7 +104,7 @@ TEST_F(ReadAheadRun, IsThatOfASinglePageWhereOneIsLeft)
 {
     open(Answer::pageSizes(4));
     EXPECT_EQ(request(0), 1);
-    waitFor([this] { return ranges().size() == 2; });
+    ASSERT_TRUE(waitUntil([this] { return ranges().size() == 2; }));
     EXPECT_EQ(ranges()[1], QStringLiteral("-dFirstPage=4 -dLastPage=4 -g64x10"));
     EXPECT_EQ(request(1), 2);
     EXPECT_EQ(request(2), 3);
