@@ -1,5 +1,6 @@
 #include "faults/Conversion.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -95,4 +96,13 @@ std::string Conversion::contentOf(const std::string& fileName)
 {
     std::ifstream file(fileName, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+QImage Conversion::blackLetterPage(int blackRows)
+{
+    QImage page(1728, 1078, QImage::Format_Mono);
+    page.setColorTable({0xFFFFFFFF, 0xFF000000});
+    page.fill(0);
+    std::fill_n(page.bits(), blackRows * page.bytesPerLine(), uchar{0xFF});
+    return page;
 }

@@ -2,6 +2,8 @@
 
 #include "support/ProgramRun.h"
 
+#include <QImage>
+
 #include <gtest/gtest.h>
 
 #include <map>
@@ -43,5 +45,9 @@ testing::AssertionResult hasSucceeded(const ProgramResult& result, const std::st
 
 /// The whole content of a file; empty if it cannot be read.
 std::string contentOf(const std::string& fileName);
+
+/// Letter paper at standard resolution, 1728 x 1078 pixels, whose upper rows are
+/// black.
+QImage blackLetterPage(int blackRows);
 
 } // namespace Conversion

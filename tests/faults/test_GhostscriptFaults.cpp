@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <csignal>
 #include <string>
 #include <vector>
@@ -105,13 +104,8 @@ TEST_F(GhostscriptFault, ThatEndsARunEarlyLeavesTheRestOfThePageWhite)
                                        {{3, Answer::bytes(bytesPerPage, '\xff')}}});
     ASSERT_EQ(convert(3).exitStatus, 0);
 
-    QImage blackPage(1728, 1078, QImage::Format_Mono);
-    blackPage.setColorTable({0xFFFFFFFF, 0xFF000000});
-    blackPage.fill(1);
-    QImage halfPage = blackPage;
-    constexpr int firstWhiteRow = 539;
-    std::fill(halfPage.scanLine(firstWhiteRow), halfPage.bits() + halfPage.sizeInBytes(), uchar{0});
-
+    const QImage halfPage = Conversion::blackLetterPage(539);
+    const QImage blackPage = Conversion::blackLetterPage(1078);
     const std::vector<TiffPage> pages = readTiff(m_output);
     ASSERT_EQ(pages.size(), 3U);
     EXPECT_TRUE(isSamePicture(pages[0].pixels, halfPage));
