@@ -1,9 +1,9 @@
 #include "faults/Conversion.h"
+#include "support/PngFile.h"
 #include "support/TemporaryFolder.h"
 #include "support/TiffFile.h"
 
 #include <QByteArray>
-#include <QtEndian>
 
 #include <gtest/gtest.h>
 
@@ -15,21 +15,6 @@
 namespace {
 
 constexpr int side = 30000;
-
-QByteArray bigEndian(quint32 number)
-{
-    QByteArray bytes(sizeof number, '\0');
-    qToBigEndian(number, bytes.data());
-    return bytes;
-}
-
-QByteArray chunk(const QByteArray& typeAndData)
-{
-    const auto size = static_cast<quint32>(typeAndData.size());
-    const uLong checksum = crc32(0, reinterpret_cast<const Bytef*>(typeAndData.constData()), size);
-    constexpr quint32 typeSize = 4;
-    return bigEndian(size - typeSize) + typeAndData + bigEndian(static_cast<quint32>(checksum));
-}
 
 // `row` over and over, compressed row by row: the whole would be hundreds of
 // megabytes.
@@ -59,10 +44,10 @@ QByteArray hugePng(int bitsPerPixel)
     const int rowSize = side * bitsPerPixel / 8;
     const QByteArray row =
         '\0' + QByteArray(rowSize / 2, '\0') + QByteArray(rowSize - rowSize / 2, '\xFF');
-    const QByteArray header =
-        bigEndian(side) + bigEndian(side) + static_cast<char>(bitsPerPixel) + QByteArray(4, '\0');
-    return "\x89PNG\r\n\x1a\n" + chunk("IHDR" + header) + chunk("IDAT" + compressedRows(row)) +
-           chunk("IEND");
+    const QByteArray header = PngFile::bigEndian(side) + PngFile::bigEndian(side) +
+                              static_cast<char>(bitsPerPixel) + QByteArray(4, '\0');
+    return PngFile::signature + PngFile::chunk("IHDR", header) +
+           PngFile::chunk("IDAT", compressedRows(row)) + PngFile::chunk("IEND", QByteArray());
 }
 
 class HugeImage : public testing::TestWithParam<int>

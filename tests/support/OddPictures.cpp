@@ -1,10 +1,10 @@
 #include "support/OddPictures.h"
 
+#include "support/PngFile.h"
 #include "support/SampleImages.h"
 
 #include <QBuffer>
 #include <QImageWriter>
-#include <QtEndian>
 
 #include <gtest/gtest.h>
 
@@ -15,32 +15,6 @@ namespace {
 
 constexpr int width = 131;
 constexpr int height = 97;
-
-QByteArray bigEndian(quint32 number)
-{
-    QByteArray bytes(sizeof number, '\0');
-    qToBigEndian(number, bytes.data());
-    return bytes;
-}
-
-// The check sum of PNG, ISO 3309.
-quint32 checksum(const QByteArray& bytes)
-{
-    quint32 sum = 0xFFFFFFFF;
-    for (const char byte : bytes) {
-        sum ^= static_cast<unsigned char>(byte);
-        for (int bit = 0; bit < 8; ++bit) {
-            sum = (sum >> 1) ^ ((sum & 1) != 0 ? 0xEDB88320U : 0U);
-        }
-    }
-    return ~sum;
-}
-
-QByteArray chunk(const QByteArray& type, const QByteArray& data)
-{
-    return bigEndian(static_cast<quint32>(data.size())) + type + data +
-           bigEndian(checksum(type + data));
-}
 
 struct Colours
 {
@@ -95,25 +69,25 @@ QByteArray pixels(int bitsPerPixel, bool isInterlaced)
 
 QByteArray png(const Colours& colours, int depth, bool isTransparent, bool isInterlaced)
 {
-    QByteArray header = bigEndian(width) + bigEndian(height);
+    QByteArray header = PngFile::bigEndian(width) + PngFile::bigEndian(height);
     header += static_cast<char>(depth);
     header += colours.type;
     header += QByteArray(2, '\0');
     header += static_cast<char>(isInterlaced ? 1 : 0);
-    QByteArray file = "\x89PNG\r\n\x1a\n" + chunk("IHDR", header);
+    QByteArray file = PngFile::signature + PngFile::chunk("IHDR", header);
     if (colours.type == 3) {
         QByteArray palette;
         for (int i = 0; i < 3 * (1 << depth); ++i) {
             palette += static_cast<char>(i * 37);
         }
-        file += chunk("PLTE", palette);
+        file += PngFile::chunk("PLTE", palette);
     }
     if (isTransparent) {
-        file += chunk("tRNS", colours.transparent);
+        file += PngFile::chunk("tRNS", colours.transparent);
     }
     // qCompress() puts the size in front.
     const QByteArray data = qCompress(pixels(depth * colours.samples, isInterlaced)).mid(4);
-    return file + chunk("IDAT", data) + chunk("IEND", QByteArray());
+    return file + PngFile::chunk("IDAT", data) + PngFile::chunk("IEND", QByteArray());
 }
 
 QByteArray jpeg(const QImage& image, bool isProgressive)
