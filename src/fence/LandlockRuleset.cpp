@@ -59,6 +59,10 @@ LandlockRuleset::LandlockRuleset(const FileAccessRules& rules, int newestAbi)
     const RulesetAttributes attributes = attributesFor(rules, m_abi);
     m_descriptor = static_cast<int>(
         syscall(createRulesetCall, &attributes, sizeof attributes, 0)); // close-on-exec
+    if (m_descriptor < 0) {
+        m_abi = 0;
+        return;
+    }
     for (const FileAccessRules::Rule& rule : rules.rules()) {
         addRule(m_descriptor, rule.path, rule.rights & attributes.handledFiles);
     }

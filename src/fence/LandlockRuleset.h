@@ -23,7 +23,7 @@ public:
     /// The version of the interface that the kernel has; 0 for none.
     static int kernelAbi();
 
-    /// The version that the rules are made for; 0 for none.
+    /// The version that the rules are made for; 0 if there are none.
     int abi() const { return m_abi; }
 
     /// Puts the rules in force for the calling thread and its future children,
