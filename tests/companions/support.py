@@ -19,6 +19,7 @@ COMPANIONS = os.path.join(SOURCES, "companions")
 SAMPLES = os.path.join(SOURCES, "samples")
 sys.path.insert(0, COMPANIONS)
 
+import fax_pages  # noqa: E402
 from morvaltide_companions import layout, tiff  # noqa: E402
 
 _PREPARE = """#!/bin/sh
@@ -117,16 +118,9 @@ class Case(unittest.TestCase):
         return [b"".join(page.strips()) for page in tiff.read(self.path(fax))[1]]
 
     def dots(self, fax, number):
-        """A page as rows of bytes, 1 for black, and its dots per inch."""
-        plain = self.path("plain.tif")
-        subprocess.run(["tiffcp", "-c", "none", f"{self.path(fax)},{number}", plain], check=True)
-        (page,) = tiff.read(plain)[1]
-        (width,) = page.numbers(tiff.IMAGE_WIDTH)
-        data = b"".join(page.strips())
-        if page.numbers(tiff.PHOTOMETRIC) != [tiff.MIN_IS_WHITE]:
-            data = bytes(byte ^ 0xFF for byte in data)
-        stride = (width + 7) // 8
-        return [data[i : i + stride] for i in range(0, len(data), stride)]
+        """A page as rows of bytes, 1 for black."""
+        (page,) = fax_pages.read_pages(self.path(fax), number)
+        return page.rows
 
     def assert_margins(self, rows, dpi):
         """No dot is nearer than half an inch to an edge."""

@@ -5,6 +5,7 @@ import pathlib
 import unittest
 
 import support
+from support import fax_pages
 
 support.need("gs", "qpdf", "tiffcp")
 
@@ -127,7 +128,7 @@ class Sharp(support.CompanionTest):
                     support.run("gs", "-q", "-dSAFER", "-sDEVICE=tiffg4", "-dAdjustWidth=0", "-dFIXEDMEDIA",
                                 "-dPDFFitPage", f"-r{across}x{down}", f"-g{area[0]}x{area[1]}",
                                 "-o", "expected.tif", "text.pdf")
-                    expected = support.read_pages("expected.tif")[0]
+                    expected = fax_pages.read_pages("expected.tif")[0]
                     self.assertEqual((expected.width, expected.height), area)
                     options = [f"-r{resolution}", f"-p{paper}"] + ([margins] if margins else [])
                     page = self.fax("text.pdf", options=["--sharp", *options])[0]

@@ -6,6 +6,7 @@ import unittest
 import zlib
 
 import support
+from support import fax_pages
 
 support.need("tiffcp", "jpegtran", "djpeg", support.MAGICK)
 
@@ -52,7 +53,7 @@ class PictureTest(support.CompanionTest):
         with self.subTest(what=what):
             self.assertEqual((left, right), (0, page.width))
             self.assertAlmostEqual(shape, WIDTH / HEIGHT, delta=0.02)
-            part = support.Page(page.width, bottom - top, page.rows[top:bottom], page.dpi)
+            part = fax_pages.Page(page.width, bottom - top, page.rows[top:bottom], page.dpi)
             self.assertGreater(part.darkness(0.02, 0.02, 0.48, 0.48), 0.98)
             self.assertGreater(part.darkness(0.92, 0.86, 0.98, 0.98), 0.98)
             self.assertLess(part.darkness(0.52, 0.02, 0.98, 0.8), 0.02)
@@ -203,7 +204,7 @@ class Dots(PictureTest):
         """A page as another machine has sent it: a pattern of single dots."""
         support.magick("-size", "1700x1100", "pattern:GRAY40", "-type", "Bilevel",
                        "-units", "PixelsPerInch", "-density", "204x98", "-compress", "Group4", "fax-page.tif")
-        return support.read_pages("fax-page.tif")[0]
+        return fax_pages.read_pages("fax-page.tif")[0]
 
     def test_fax_page_of_the_same_resolution_keeps_its_dots(self):
         sent = self.fax_page()
