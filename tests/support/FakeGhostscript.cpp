@@ -30,7 +30,7 @@ FakeGhostscript::FakeGhostscript(const Answers& answers)
 }
 
 FakeGhostscript::FakeGhostscript(const GhostscriptAnswer& answer)
-    : FakeGhostscript(Answers{answer, answer, {}})
+    : FakeGhostscript(Answers(answer, answer))
 {
 }
 

@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <map>
+#include <utility>
 #include <vector>
 
 #include <sys/types.h>
@@ -17,12 +18,21 @@
 class FakeGhostscript
 {
 public:
+    using RunsFrom = std::map<int, GhostscriptAnswer>;
+
     struct Answers
     {
+        Answers() = default;
+        Answers(GhostscriptAnswer toTheQuery, GhostscriptAnswer toARun, RunsFrom toRunsFrom = {})
+            : query(std::move(toTheQuery)),
+              run(std::move(toARun)),
+              runsFrom(std::move(toRunsFrom))
+        {
+        }
+
         GhostscriptAnswer query; ///< when it is asked about a document
         GhostscriptAnswer run;   ///< when it has to draw pages
-        /// In the place of `run` where the first page has this number.
-        std::map<int, GhostscriptAnswer> runsFrom = {};
+        RunsFrom runsFrom;       ///< in the place of `run` where the first page has this number
     };
 
     explicit FakeGhostscript(const Answers& answers);

@@ -159,7 +159,7 @@ GhostscriptAnswer GhostscriptAnswer::choice(const GhostscriptAnswer& query,
 
 GhostscriptAnswer GhostscriptAnswer::recordArguments(const QString& file)
 {
-    return GhostscriptAnswer("{ [ $# -eq 0 ] || printf '%s\\000' \"$@\"; printf '\\001'; } >>" +
+    return GhostscriptAnswer(R"({ [ $# -eq 0 ] || printf '%s\000' "$@"; printf '\001'; } >>)" +
                              quoted(file) + '\n');
 }
 
