@@ -6,4 +6,5 @@
 mkdir -p build
 TMPDIR=$(mktemp -d "$PWD/build/tmp.XXXXXX")
 trap 'rm -rf "$TMPDIR"' EXIT
+chmod 711 "$TMPDIR" # some tests do a part of their work as another user
 export TMPDIR XDG_CACHE_HOME=$TMPDIR/cache
