@@ -31,7 +31,6 @@ ChildFence::ChildFence(const InterpreterLocation& program,
         ++runCount;
         if (m_isGranted) {
             prepareRules(program, documents, newestAbi);
-            m_filter = SystemCallFilter::forInterpreter(m_ruleset->abi());
         }
         prepareEnvironment();
     }
@@ -70,7 +69,7 @@ void ChildFence::prepareRules(const InterpreterLocation& program,
     rules.allowExecuting(program.path());
     rules.allowExecuting(program.loader());
     rules.allowChangingFiles(m_temporaryFolder->path());
-    m_ruleset.emplace(rules, newestAbi);
+    m_filter = SystemCallFilter::forInterpreter(m_ruleset.emplace(rules, newestAbi).abi());
 }
 
 // All variables as they are but for the temporary folder.

@@ -82,7 +82,7 @@ public:
         while (const dirent* entry = folder == nullptr ? nullptr : readdir(folder)) {
             const std::string name = entry->d_name;
             if (name.size() > 5 && name.compare(name.size() - 5, 5, ".conf") == 0) {
-                readFile(path + '/' + name, depth);
+                readFile(std::string(path).append("/").append(name), depth);
             }
         }
         if (folder != nullptr) {
@@ -183,7 +183,7 @@ std::string FontFolders::userCache()
 
 std::string FontFolders::userFolder(const char* variable, const std::string& defaultFolder)
 {
-    const std::string value = valueOf(variable);
+    std::string value = valueOf(variable);
     if (!value.empty()) {
         return value;
     }

@@ -26,7 +26,7 @@ rlim_t standardErrorBytes()
 
 } // namespace
 
-ProcessLimits::ProcessLimits()
+ProcessLimits::ProcessLimits() : m_limits{}
 {
     const rlim_t memory = addressSpaceBytes();
     const rlim_t file = fileBytes + standardErrorBytes();
