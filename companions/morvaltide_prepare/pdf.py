@@ -8,9 +8,10 @@ from .geometry import FaxPage
 
 _REPAIRED = 3  # exit status of qpdf for warnings
 
-# What qpdf warns of when the object of a page is gone. It goes on without, and
-# Ghostscript would end at that page.
-_LOST_PAGE = ("/Type key should be /Page but is not", "of type null")
+# What qpdf warns of when the object of a page is gone, each row all of its words:
+# version 11 keeps the page, at which Ghostscript would end, version 12 drops it.
+_LOST_PAGE = (("/Type key should be /Page but is not", "of type null"),
+              ("Pages tree includes non-dictionary object",))
 
 # A picture inside the page is drawn without smoothing, so that it is taken
 # from a drawing with more dots.
@@ -38,7 +39,7 @@ def _cleaned(source: str, folder: str) -> str:
         raise Failure("the PDF document needs a password")
     if status not in (0, _REPAIRED):
         raise tools.failed("qpdf", status, said)
-    if all(words in said for words in _LOST_PAGE):
+    if any(all(words in said for words in row) for row in _LOST_PAGE):
         raise Failure("a page of the PDF document is lost")
     return os.path.join(folder, "clean.pdf")
 

@@ -264,7 +264,8 @@ class Refused(support.CompanionTest):
         entries = b"".join(struct.pack("<HHI4s", tag, 2, 4, b"word") for tag in (256, 274))
         pathlib.Path("words.tif").write_bytes(
             b"II*\0\x08\0\0\0" + struct.pack("<H", 2) + entries + bytes(4))
-        self.assertEqual(self.refused("words.tif"), "the picture is damaged or too large")
+        # Newer versions of libtiff say what is wrong.
+        self.assertRegex(self.refused("words.tif"), "the picture is damaged|Incorrect count")
 
 
 class Tools(support.CompanionTest):
