@@ -108,7 +108,13 @@ EndingSignals::EndingSignals(CleanUp first, CleanUp second) : m_cleanUps{first, 
 
 EndingSignals::~EndingSignals()
 {
-    restoreActions();
+    forEachEndingSignal([this](int number) {
+        if (sigismember(&m_caught, number) == 1) {
+            sigaction(number, &m_actionsBefore[static_cast<std::size_t>(number)], nullptr);
+        }
+    });
+    activeObject = nullptr;
+    sigaltstack(&m_stackBefore, nullptr);
     release();
 }
 
@@ -118,20 +124,6 @@ void EndingSignals::release()
         m_isHolding = false;
         sigprocmask(SIG_SETMASK, &m_maskBefore, nullptr);
     }
-}
-
-void EndingSignals::restoreActions()
-{
-    if (activeObject.load() != this) {
-        return;
-    }
-    forEachEndingSignal([this](int number) {
-        if (sigismember(&m_caught, number) == 1) {
-            sigaction(number, &m_actionsBefore[static_cast<std::size_t>(number)], nullptr);
-        }
-    });
-    activeObject = nullptr;
-    sigaltstack(&m_stackBefore, nullptr);
 }
 
 void EndingSignals::handle(int number, siginfo_t* info, void* /*context*/)

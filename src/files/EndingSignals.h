@@ -32,7 +32,6 @@ public:
     void release();
 
 private:
-    void restoreActions();
     static void handle(int number, siginfo_t* info, void* context);
     void cleanUpAndEnd(int number, siginfo_t* info) const;
 
