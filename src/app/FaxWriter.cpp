@@ -7,6 +7,7 @@
 #include "fence/PrivateFolder.h"
 #include "files/FileName.h"
 #include "files/OutputFileGuard.h"
+#include "files/OutputFileLock.h"
 #include "files/OutputFileName.h"
 
 #include <QFile>
@@ -52,7 +53,14 @@ bool FaxWriter::write(const std::string& outputFile) const
     }
 
     FaxTiffWriter tiffWriter;
+    // Released last: a file that failed is removed before another may have it.
+    OutputFileLock lock(outputFile);
     OutputFileGuard guard(outputFile, PrivateFolder::removeExisting);
+    if (!lock.acquire()) {
+        guard.notOpened();
+        fmt::print(stderr, "can't open file '{}'\n", outputFile);
+        return false;
+    }
     if (!tiffWriter.open(outputFile)) {
         guard.failedToOpen();
         fmt::print(stderr, "can't open file '{}'\n", outputFile);

@@ -42,6 +42,11 @@ void OutputFileGuard::opened(int descriptor)
 void OutputFileGuard::failedToOpen()
 {
     removeFile();
+    notOpened();
+}
+
+void OutputFileGuard::notOpened()
+{
     keep();
     m_signals.release();
 }

@@ -23,8 +23,9 @@ class OutputFileGuard
 {
 public:
     /// Construct it before the file is opened; all signals but crashes wait
-    /// until opened() or failedToOpen(). Whenever a signal ends the program,
-    /// until the guard is destroyed, `alsoCleanUp` runs too, if it is not null.
+    /// until opened(), failedToOpen() or notOpened(). Whenever a signal ends the
+    /// program, until the guard is destroyed, `alsoCleanUp` runs too, if it is not
+    /// null.
     explicit OutputFileGuard(const std::string& fileName,
                              EndingSignals::CleanUp alsoCleanUp = nullptr);
 
@@ -40,6 +41,9 @@ public:
     /// The file could not be opened. What the attempt left behind is removed:
     /// a new file, or one that it emptied, of a few bytes at most.
     void failedToOpen();
+
+    /// No attempt was made to open the file: it belongs to somebody else.
+    void notOpened();
 
     /// True if the name still leads to the very file that is guarded, or if none
     /// is. To be asked while the file is open: then no other can be mistaken for
