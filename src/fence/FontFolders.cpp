@@ -1,12 +1,13 @@
 #include "fence/FontFolders.h"
 
-#include <algorithm>
-#include <cstdlib>
+#include "fence/ConfigurationFiles.h"
+#include "fence/Environment.h"
 
-#include <dirent.h>
-#include <fcntl.h>
+#include <algorithm>
+#include <cctype>
+#include <set>
+
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -15,15 +16,9 @@ using Paths = std::vector<std::string>;
 // Of files that name each other.
 constexpr int deepestInclude = 5;
 
-std::string valueOf(const char* name)
-{
-    const char* value = std::getenv(name);
-    return value == nullptr ? std::string() : std::string(value);
-}
-
 std::string home()
 {
-    return valueOf("HOME");
+    return Environment::value("HOME");
 }
 
 // A name as it stands in an element, with the folder that the attribute
@@ -46,25 +41,25 @@ std::string expanded(const std::string& name, const std::string& attributes,
     return name;
 }
 
-// There are dozens of files; streams would take most of the time.
-std::string contentOf(const std::string& path)
+// The elements that name files and folders, and what the attribute prefix="xdg"
+// stands for in each.
+struct Element
 {
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    struct stat info = {};
-    std::string text;
-    if (file >= 0 && fstat(file, &info) == 0 && S_ISREG(info.st_mode)) {
-        text.resize(static_cast<std::size_t>(info.st_size));
-        const ssize_t size = read(file, text.data(), text.size());
-        text.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-    }
-    if (file >= 0) {
-        close(file);
-    }
-    return text;
-}
+    std::string tag;
+    const char* xdgVariable;
+    const char* xdgDefault;
+    bool isFile; // of configuration, or a folder of such files
+};
 
-// Looks for the elements <dir>, <cachedir> and <include>. Those in comments are
-// found as well, which does no harm.
+const Element elements[] = {
+    {"dir", "XDG_DATA_HOME", "/.local/share", false},
+    {"cachedir", "XDG_CACHE_HOME", "/.cache", false},
+    {"remap-dir", "XDG_DATA_HOME", "/.local/share", false},
+    {"include", "XDG_CONFIG_HOME", "/.config", true},
+};
+
+// Looks for these elements. Those in comments are found as well, which does no
+// harm.
 class ConfigurationScan
 {
 public:
@@ -78,15 +73,8 @@ public:
             readFile(path, depth);
             return;
         }
-        DIR* folder = opendir(path.c_str());
-        while (const dirent* entry = folder == nullptr ? nullptr : readdir(folder)) {
-            const std::string name = entry->d_name;
-            if (name.size() > 5 && name.compare(name.size() - 5, 5, ".conf") == 0) {
-                readFile(std::string(path).append("/").append(name), depth);
-            }
-        }
-        if (folder != nullptr) {
-            closedir(folder);
+        for (const std::string& file : ConfigurationFiles::in(path, ".conf")) {
+            readFile(file, depth);
         }
     }
 
@@ -95,65 +83,70 @@ public:
 private:
     void readFile(const std::string& path, int depth)
     {
-        if (std::find(m_files.begin(), m_files.end(), path) != m_files.end()) {
+        if (!m_files.insert(path).second) {
             return;
         }
-        m_files.push_back(path);
-        const std::string text = contentOf(path);
-        if (text.find("dir") == std::string::npos && text.find("include") == std::string::npos) {
-            return;
-        }
-        for (const std::string& name :
-             elements(text, "dir", path, "XDG_DATA_HOME", "/.local/share")) {
-            m_folders.push_back(name);
-        }
-        for (const std::string& name :
-             elements(text, "cachedir", path, "XDG_CACHE_HOME", "/.cache")) {
-            m_folders.push_back(name);
-        }
-        for (const std::string& name :
-             elements(text, "include", path, "XDG_CONFIG_HOME", "/.config")) {
-            m_folders.push_back(name);
-            readFileOrFolder(name, depth + 1);
+        const std::string text = ConfigurationFiles::content(path);
+        std::string::size_type start = 0;
+        while ((start = text.find('<', start)) != std::string::npos) {
+            ++start;
+            for (const Element& element : elements) {
+                if (text[start] == element.tag[0] && isAt(text, start, element.tag)) {
+                    add(element, text, start + element.tag.size(), path, depth);
+                }
+            }
         }
     }
 
-    static Paths elements(const std::string& text, const std::string& tag, const std::string& file,
-                          const char* xdgVariable, const char* xdgDefault)
+    static bool isAt(const std::string& text, std::string::size_type start, const std::string& tag)
     {
-        Paths names;
-        std::string::size_type start = 0;
-        while ((start = text.find('<' + tag, start)) != std::string::npos) {
-            start += tag.size() + 1;
-            const std::string::size_type open = text.find('>', start);
-            const std::string::size_type end = text.find('<', open);
-            if (end == std::string::npos) {
-                break;
-            }
-            if (text[start] == '>' || text[start] == ' ') {
-                names.push_back(expanded(text.substr(open + 1, end - open - 1),
-                                         text.substr(start, open - start), file, xdgVariable,
-                                         xdgDefault));
-            }
+        if (text.compare(start, tag.size(), tag) != 0) {
+            return false;
         }
-        return names;
+        const char behind = text[start + tag.size()];
+        return behind == '>' || std::isspace(static_cast<unsigned char>(behind)) != 0;
+    }
+
+    // The attributes of the element begin at `start`.
+    void add(const Element& element, const std::string& text, std::string::size_type start,
+             const std::string& file, int depth)
+    {
+        const std::string::size_type open = text.find('>', start);
+        const std::string::size_type end = text.find('<', open);
+        if (end == std::string::npos) {
+            return;
+        }
+        m_folders.push_back(expanded(text.substr(open + 1, end - open - 1),
+                                     text.substr(start, open - start), file, element.xdgVariable,
+                                     element.xdgDefault));
+        if (element.isFile) {
+            readFileOrFolder(std::string(m_folders.back()), depth + 1);
+        }
     }
 
     Paths m_folders;
-    Paths m_files;
+    std::set<std::string> m_files;
 };
 
-std::string configurationFile()
+// Where the main file may be: fontconfig takes the first that exists.
+Paths configurationFiles()
 {
-    std::string file = valueOf("FONTCONFIG_FILE");
-    if (file.empty()) {
-        file = "fonts.conf";
+    std::string name = Environment::value("FONTCONFIG_FILE");
+    if (name.empty()) {
+        name = "fonts.conf";
     }
-    if (file.rfind('/', 0) == 0) {
-        return file;
+    if (name.rfind('~', 0) == 0) {
+        return {home() + name.substr(1)};
     }
-    const std::string folder = valueOf("FONTCONFIG_PATH");
-    return (folder.empty() ? "/etc/fonts" : folder) + '/' + file;
+    if (name.rfind('/', 0) == 0) {
+        return {name};
+    }
+    Paths files;
+    for (const std::string& folder : Environment::parts("FONTCONFIG_PATH", ":")) {
+        files.push_back(folder + '/' + name);
+    }
+    files.push_back("/etc/fonts/" + name);
+    return files;
 }
 
 } // namespace
@@ -161,9 +154,11 @@ std::string configurationFile()
 std::vector<std::string> FontFolders::readable()
 {
     ConfigurationScan scan;
-    scan.readFileOrFolder(configurationFile(), 0);
-    Paths paths = scan.folders();
-    paths.push_back(configurationFile());
+    Paths paths = configurationFiles();
+    for (const std::string& file : paths) {
+        scan.readFileOrFolder(file, 0);
+    }
+    paths.insert(paths.end(), scan.folders().begin(), scan.folders().end());
     paths.push_back(userCache());
     if (!home().empty()) {
         // Known to every version, whatever the configuration says.
@@ -183,7 +178,7 @@ std::string FontFolders::userCache()
 
 std::string FontFolders::userFolder(const char* variable, const std::string& defaultFolder)
 {
-    std::string value = valueOf(variable);
+    std::string value = Environment::value(variable);
     if (!value.empty()) {
         return value;
     }

@@ -1,11 +1,11 @@
 #include "fence/SystemFiles.h"
 
+#include "fence/ConfigurationFiles.h"
+#include "fence/Environment.h"
 #include "fence/FontFolders.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include <sstream>
 
 #include <unistd.h>
 
@@ -44,37 +44,24 @@ struct Variable
 
 const Variable variables[] = {
     {"GS_LIB", ":"},           {"GS_FONTPATH", ":"},       {"GS_FONTMAP", ":"},
-    {"LD_LIBRARY_PATH", ":;"}, {"LD_PRELOAD", ": "},       {"FONTCONFIG_PATH", ""},
+    {"LD_LIBRARY_PATH", ":;"}, {"LD_PRELOAD", ": "},       {"FONTCONFIG_PATH", ":"},
     {"FONTCONFIG_FILE", ""},   {"FONTCONFIG_SYSROOT", ""}, {"PAPERCONF", ""},
     {"XKEYSYMDB", ""},         {"LOCPATH", ":"},
 };
 
-std::string valueOf(const char* name)
+void append(const Paths& added, Paths& paths)
 {
-    const char* value = std::getenv(name);
-    return value == nullptr ? std::string() : std::string(value);
-}
-
-void addParts(const std::string& text, const std::string& separators, Paths& paths)
-{
-    std::string::size_type start = 0;
-    while (start <= text.size()) {
-        const std::string::size_type end =
-            std::min(text.find_first_of(separators, start), text.size());
-        if (end > start) {
-            paths.push_back(text.substr(start, end - start));
-        }
-        start = end + 1;
-    }
+    paths.insert(paths.end(), added.begin(), added.end());
 }
 
 // The folders in which the loader's cache may have found libraries.
 void addLibraryFolders(Paths& paths)
 {
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator("/etc/ld.so.conf.d", error)) {
-        std::ifstream file(entry.path());
-        for (std::string line; std::getline(file, line);) {
+    Paths files = ConfigurationFiles::in("/etc/ld.so.conf.d", ".conf");
+    files.push_back("/etc/ld.so.conf");
+    for (const std::string& file : files) {
+        std::istringstream lines(ConfigurationFiles::content(file));
+        for (std::string line; std::getline(lines, line);) {
             if (line.rfind('/', 0) == 0) {
                 paths.push_back(line);
             }
@@ -102,12 +89,11 @@ Paths find()
 {
     Paths paths(std::begin(always), std::end(always));
     for (const Variable& variable : variables) {
-        addParts(valueOf(variable.name), variable.separators, paths);
+        append(Environment::parts(variable.name, variable.separators), paths);
     }
     addLibraryFolders(paths);
     addPaperOfUser(paths);
-    const Paths fonts = FontFolders::readable();
-    paths.insert(paths.end(), fonts.begin(), fonts.end());
+    append(FontFolders::readable(), paths);
 
     // Each rule costs a little whenever a file is opened.
     std::sort(paths.begin(), paths.end());
@@ -129,10 +115,10 @@ std::string question()
 {
     std::string text;
     for (const Variable& variable : variables) {
-        text += valueOf(variable.name) + '\0';
+        text += Environment::value(variable.name) + '\0';
     }
     for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"}) {
-        text += valueOf(name) + '\0';
+        text += Environment::value(name) + '\0';
     }
     return text;
 }
