@@ -69,7 +69,8 @@ void ChildFence::prepareRules(const InterpreterLocation& program,
     rules.allowExecuting(program.path());
     rules.allowExecuting(program.loader());
     rules.allowChangingFiles(m_temporaryFolder->path());
-    m_filter = SystemCallFilter::forInterpreter(m_ruleset.emplace(rules, newestAbi).abi());
+    m_ruleset.emplace(rules, newestAbi);
+    m_filter = SystemCallFilter::forInterpreter();
 }
 
 // All variables as they are but for the temporary folder.

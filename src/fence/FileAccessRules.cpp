@@ -1,6 +1,7 @@
 #include "fence/FileAccessRules.h"
 
 #include "fence/LandlockInterface.h"
+#include "fence/SystemCallFilter.h"
 
 using namespace LandlockInterface;
 
@@ -15,6 +16,9 @@ constexpr std::uint64_t changingFiles = reading | writeFile | truncateFile | mak
 FileAccessRules::FileAccessRules(std::uint64_t unrestricted)
     : m_restricted(allRights & ~unrestricted)
 {
+    if (SystemCallFilter::isAvailable()) {
+        m_restricted &= ~truncateFile;
+    }
 }
 
 void FileAccessRules::allowReading(const std::string& path)

@@ -51,16 +51,15 @@ void addRule(int ruleset, const std::string& path, std::uint64_t rights)
 } // namespace
 
 LandlockRuleset::LandlockRuleset(const FileAccessRules& rules, int newestAbi)
-    : m_abi(std::min(kernelAbi(), newestAbi))
 {
-    if (m_abi < 1) {
+    const int abi = std::min(kernelAbi(), newestAbi);
+    if (abi < 1) {
         return;
     }
-    const RulesetAttributes attributes = attributesFor(rules, m_abi);
+    const RulesetAttributes attributes = attributesFor(rules, abi);
     m_descriptor = static_cast<int>(
         syscall(createRulesetCall, &attributes, sizeof attributes, 0)); // close-on-exec
     if (m_descriptor < 0) {
-        m_abi = 0;
         return;
     }
     for (const FileAccessRules::Rule& rule : rules.rules()) {

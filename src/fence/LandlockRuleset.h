@@ -23,15 +23,11 @@ public:
     /// The version of the interface that the kernel has; 0 for none.
     static int kernelAbi();
 
-    /// The version that the rules are made for; 0 if there are none.
-    int abi() const { return m_abi; }
-
     /// Puts the rules in force for the calling thread and its future children,
     /// for good. Async-signal-safe. Needs "no new privileges". False if that
     /// failed, or if there is no ruleset.
     bool restrictSelf() const;
 
 private:
-    int m_abi;
     int m_descriptor = -1;
 };

@@ -55,9 +55,8 @@ ParentFence::ParentFence(const InterpreterLocation& interpreter, const std::stri
         return;
     }
     m_temporaryFolder = PrivateFolder::shared();
-    const LandlockRuleset ruleset = rulesFor(interpreter, outputFile, newestAbi);
-    ruleset.restrictSelf();
-    SystemCallFilter::forConverter(ruleset.abi()).install();
+    rulesFor(interpreter, outputFile, newestAbi).restrictSelf();
+    SystemCallFilter::forConverter().install();
 }
 
 LandlockRuleset ParentFence::rulesFor(const InterpreterLocation& interpreter,

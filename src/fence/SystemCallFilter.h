@@ -1,11 +1,7 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <map>
-#include <vector>
+#include "fence/FilterProgram.h"
 
-#include <linux/filter.h>
 #include <sys/types.h>
 
 /// System calls that a process has to do without (seccomp). They fail with
@@ -23,15 +19,15 @@ public:
     /// For this program: also no sockets, nothing that changes files by other
     /// ways than opening them, no memory of other processes, and no signals to
     /// groups of processes.
-    ///
-    /// With `landlockAbi`, the version in force, below 3, files that are opened
-    /// for reading cannot be emptied by that either; later ones see to it
-    /// themselves, and the filter need not look at each file that is opened.
-    static SystemCallFilter forConverter(int landlockAbi);
+    static SystemCallFilter forConverter();
 
     /// For an interpreter of documents: the same, and no processes, no signals
     /// to others, no change of user, limits, or what happens when the parent ends.
-    static SystemCallFilter forInterpreter(int landlockAbi);
+    static SystemCallFilter forInterpreter();
+
+    /// Whether filters can be put in force here. Only for whoever may ask: see
+    /// FencePermission.
+    static bool isAvailable();
 
     /// The process that signals may go to under forInterpreter(). Async-signal-safe.
     void allowSignalsTo(pid_t process);
@@ -41,20 +37,7 @@ public:
     bool install() const;
 
 private:
-    using Instructions = std::vector<sock_filter>;
+    explicit SystemCallFilter(const FilterProgram& calls);
 
-    SystemCallFilter();
-
-    void deny(const std::vector<long>& calls, int error);
-    void denyKernelDoors();
-    void denyChangesOutsideFiles(int landlockAbi);
-    void denyNewProcesses();
-    void denyForeignSignals();
-    void denyGroupSignals();
-
-    void assemble();
-    Instructions decisionBetween(std::size_t first, std::size_t end) const;
-
-    std::map<std::uint32_t, Instructions> m_decisions; // for each call that is not simply allowed
-    Instructions m_program;
+    FilterProgram::Instructions m_program;
 };
