@@ -1,5 +1,6 @@
 #include "fence/ChildFence.h"
 
+#include "fence/Environment.h"
 #include "fence/FencePermission.h"
 #include "fence/FileAccessRules.h"
 #include "fence/SystemFiles.h"
@@ -14,6 +15,16 @@ namespace {
 bool isFor(const std::string& entry, const char* variable)
 {
     return entry.compare(0, entry.find('='), variable) == 0;
+}
+
+// Ghostscript has threads only if it is told to, which it can be here.
+SystemCallFilter::Threads threads()
+{
+    const std::string options = Environment::value("GS_OPTIONS");
+    const bool mayAsk = options.find("Threads") != std::string::npos ||
+                        options.find("BGPrint") != std::string::npos ||
+                        options.find('@') != std::string::npos;
+    return mayAsk ? SystemCallFilter::Threads::Allowed : SystemCallFilter::Threads::Denied;
 }
 
 // Those that use the temporary folder.
@@ -70,7 +81,7 @@ void ChildFence::prepareRules(const InterpreterLocation& program,
     rules.allowExecuting(program.loader());
     rules.allowChangingFiles(m_temporaryFolder->path());
     m_ruleset.emplace(rules, newestAbi);
-    m_filter = SystemCallFilter::forInterpreter();
+    m_filter = SystemCallFilter::forInterpreter(threads());
 }
 
 // All variables as they are but for the temporary folder.

@@ -49,6 +49,11 @@ void FileAccessRules::allowChangingFolders(const std::string& folder)
     allow(folder, changingFiles | makeFolder | removeFolder);
 }
 
+void FileAccessRules::allowRemovingFiles(const std::string& folder)
+{
+    allow(folder, removeFile);
+}
+
 void FileAccessRules::allowRemovingFolders(const std::string& folder)
 {
     allow(folder, removeFolder);

@@ -31,6 +31,9 @@ public:
     /// The same, and making and removing folders.
     void allowChangingFolders(const std::string& folder);
 
+    /// Removing files.
+    void allowRemovingFiles(const std::string& folder);
+
     /// Removing empty folders.
     void allowRemovingFolders(const std::string& folder);
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <set>
+#include <string_view>
 
 #include <sys/stat.h>
 
@@ -45,13 +46,13 @@ std::string expanded(const std::string& name, const std::string& attributes,
 // stands for in each.
 struct Element
 {
-    std::string tag;
+    std::string_view tag;
     const char* xdgVariable;
     const char* xdgDefault;
     bool isFile; // of configuration, or a folder of such files
 };
 
-const Element elements[] = {
+constexpr Element elements[] = {
     {"dir", "XDG_DATA_HOME", "/.local/share", false},
     {"cachedir", "XDG_CACHE_HOME", "/.cache", false},
     {"remap-dir", "XDG_DATA_HOME", "/.local/share", false},
@@ -98,7 +99,7 @@ private:
         }
     }
 
-    static bool isAt(const std::string& text, std::string::size_type start, const std::string& tag)
+    static bool isAt(const std::string& text, std::string::size_type start, std::string_view tag)
     {
         if (text.compare(start, tag.size(), tag) != 0) {
             return false;

@@ -66,7 +66,7 @@ LandlockRuleset ParentFence::rulesFor(const InterpreterLocation& interpreter,
     rules.allowExecuting(interpreter.path());
     rules.allowExecuting(interpreter.loader());
     for (const std::string& folder : outputFolders(outputFile)) {
-        rules.allowChangingFiles(folder);
+        rules.allowRemovingFiles(folder);
     }
     rules.allowChangingFolders(FontFolders::userCache());
     rules.allowChangingFolders("/var/cache/fontconfig");

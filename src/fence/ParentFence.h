@@ -10,8 +10,8 @@ class InterpreterLocation;
 
 /// The fence around this program itself while it reads strangers' documents:
 /// it may go on reading files, but not start programs other than one
-/// interpreter, change files other than those of the output's folder, or speak
-/// with anybody.
+/// interpreter, change files, or speak with anybody. It may remove files in the
+/// output's folder, as it has to do with the output when it fails.
 ///
 /// What is open already stays usable. What the kernel, or whoever confines this
 /// program, does not grant is left out in silence. Where the interpreter is a

@@ -7,7 +7,10 @@
 #include <cstdint>
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <linux/fsverity.h>
 #include <linux/seccomp.h>
+#include <linux/sockios.h>
 #include <sched.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
@@ -74,34 +77,67 @@ std::vector<sock_filter> failsIfNotReadingOrWriting(unsigned flagsIndex)
             fails(EPERM)};
 }
 
+// Of the terminal: typing, two ways, and code of the kernel's for modems.
+std::vector<std::uint32_t> terminalDoors()
+{
+    constexpr std::uint32_t consoleSelection = 0x541C; // TIOCLINUX
+    return {TIOCSTI, consoleSelection, TIOCSETD};
+}
+
+// What a file is like, with it open for reading; and who gets the signals of an
+// open file, which may be any process of the user.
+std::vector<std::uint32_t> changesOfOpenFiles()
+{
+    return {FS_IOC_SETFLAGS,      FS_IOC_FSSETXATTR, FS_IOC_SETVERSION,
+            FS_IOC_ENABLE_VERITY, FIOSETOWN,         SIOCSPGRP};
+}
+
 void denyKernelDoors(FilterProgram& calls)
 {
     calls.fail(SystemCallNumbers::kernelDoors(), EPERM);
-    constexpr std::uint32_t consoleSelection = 0x541C; // TIOCLINUX
-    calls.decide(SYS_ioctl, failsIfArgumentIs(1, {TIOCSTI, consoleSelection}));
+    calls.decide(SYS_ioctl, failsIfArgumentIs(1, terminalDoors()));
 }
+
+// Without CLONE_NEWTIME, whose bit means something else in this call.
+constexpr std::uint32_t newNamespaces = CLONE_NEWNS | CLONE_NEWCGROUP | CLONE_NEWUTS |
+                                        CLONE_NEWIPC | CLONE_NEWUSER | CLONE_NEWPID | CLONE_NEWNET;
 
 void denyChangesOutsideFiles(FilterProgram& calls)
 {
     calls.fail(SystemCallNumbers::namespacesAndMounts(), EPERM);
+    calls.decide(SYS_clone,
+                 {loadArgument(0), {hasBit, 0, 1, newNamespaces}, fails(EPERM), isAllowed});
+    // Its flags lie in memory. glibc tries clone next.
+    calls.fail({SystemCallNumbers::clone3}, ENOSYS);
     calls.fail(SystemCallNumbers::otherProcesses(), EPERM);
+    calls.fail(SystemCallNumbers::sharedObjects(), EPERM);
     calls.fail(SystemCallNumbers::sockets(), EPERM);
     calls.fail(SystemCallNumbers::fileAttributes(), EPERM);
+    std::vector<std::uint32_t> deviceCalls = terminalDoors();
+    for (const std::uint32_t change : changesOfOpenFiles()) {
+        deviceCalls.push_back(change);
+    }
+    calls.decide(SYS_ioctl, failsIfArgumentIs(1, deviceCalls));
+    calls.decide(SYS_fcntl, failsIfArgumentIs(1, {F_SETOWN, F_SETOWN_EX}));
 #ifdef SYS_open
     calls.decide(SYS_open, failsIfNotReadingOrWriting(1));
 #endif
     calls.decide(SYS_openat, failsIfNotReadingOrWriting(2));
-    // Its flags lie in memory, where no filter looks.
     calls.fail({SystemCallNumbers::openat2}, ENOSYS);
 }
 
-void denyNewProcesses(FilterProgram& calls)
+void denyNewProcesses(FilterProgram& calls, SystemCallFilter::Threads threads)
 {
     calls.fail(SystemCallNumbers::newProcesses(), EPERM);
-    calls.decide(SYS_clone,
-                 {loadArgument(0), {hasBit, 1, 0, CLONE_THREAD}, fails(EPERM), isAllowed});
-    // After which glibc tries clone.
-    calls.fail({SystemCallNumbers::clone3}, ENOSYS);
+    if (threads == SystemCallFilter::Threads::Allowed) {
+        calls.decide(SYS_clone, {loadArgument(0),
+                                 {hasBit, 1, 0, newNamespaces},
+                                 {hasBit, 1, 0, CLONE_THREAD},
+                                 fails(EPERM),
+                                 isAllowed});
+    } else {
+        calls.fail({SYS_clone}, EPERM);
+    }
     // A child is killed when its parent ends, and stays within its limits.
     calls.fail(SystemCallNumbers::identityAndLimits(), EPERM);
     calls.decide(SYS_prctl, failsIfArgumentIs(0, {PR_SET_PDEATHSIG}));
@@ -160,12 +196,13 @@ SystemCallFilter SystemCallFilter::forConverter()
     return SystemCallFilter(calls);
 }
 
-SystemCallFilter SystemCallFilter::forInterpreter()
+SystemCallFilter SystemCallFilter::forInterpreter(Threads threads)
 {
     FilterProgram calls;
     denyKernelDoors(calls);
     denyChangesOutsideFiles(calls);
-    denyNewProcesses(calls);
+    denyNewProcesses(calls, threads);
+    calls.fail(SystemCallNumbers::watches(), EPERM);
     denyForeignSignals(calls);
     return SystemCallFilter(calls);
 }

@@ -17,13 +17,22 @@ public:
     static SystemCallFilter forWrapper();
 
     /// For this program: also no sockets, nothing that changes files by other
-    /// ways than opening them, no memory of other processes, and no signals to
-    /// groups of processes.
+    /// ways than opening them, no memory or namespace but its own, and no signals
+    /// to groups of processes.
     static SystemCallFilter forConverter();
 
+    /// A thread that executes a program has it outlive the parent, whatever was
+    /// asked for when the process was made.
+    enum class Threads
+    {
+        Denied,
+        Allowed
+    };
+
     /// For an interpreter of documents: the same, and no processes, no signals
-    /// to others, no change of user, limits, or what happens when the parent ends.
-    static SystemCallFilter forInterpreter();
+    /// to others, no watching of folders, no change of user, limits, or what
+    /// happens when the parent ends.
+    static SystemCallFilter forInterpreter(Threads threads);
 
     /// Whether filters can be put in force here. Only for whoever may ask: see
     /// FencePermission.
@@ -35,6 +44,9 @@ public:
     /// Puts the filter in force for the calling thread and its future children,
     /// for good. Async-signal-safe. Needs "no new privileges". False if that failed.
     bool install() const;
+
+    /// The filter for the kernel; empty if there is none for this architecture.
+    const FilterProgram::Instructions& program() const { return m_program; }
 
 private:
     explicit SystemCallFilter(const FilterProgram& calls);

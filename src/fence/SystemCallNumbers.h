@@ -82,6 +82,14 @@ inline std::vector<long> otherProcesses()
             SYS_kcmp,   SYS_pidfd_getfd,      440 /* process_madvise */};
 }
 
+/// Memory, semaphores and messages that processes share by number or name.
+inline std::vector<long> sharedObjects()
+{
+    return {SYS_shmget, SYS_shmat,      SYS_shmctl,   SYS_semget, SYS_semctl,
+            SYS_semop,  SYS_semtimedop, SYS_msgget,   SYS_msgctl, SYS_msgsnd,
+            SYS_msgrcv, SYS_mq_open,    SYS_mq_unlink};
+}
+
 inline std::vector<long> sockets()
 {
     return {SYS_socket, SYS_socketpair};
@@ -117,11 +125,39 @@ inline std::vector<long> newProcesses()
     };
 }
 
+/// What tells the names of files in a folder while they are used.
+inline std::vector<long> watches()
+{
+    return {
+#ifdef SYS_inotify_init
+        SYS_inotify_init,
+#endif
+        SYS_inotify_init1, SYS_inotify_add_watch, SYS_fanotify_init};
+}
+
+/// Who a process is, what it may use up, and on which processor and in which
+/// memory it, or another one, runs.
 inline std::vector<long> identityAndLimits()
 {
-    return {SYS_setuid,    SYS_setgid,      SYS_setreuid,           SYS_setregid,     SYS_setresuid,
-            SYS_setresgid, SYS_setgroups,   SYS_setfsuid,           SYS_setfsgid,     SYS_capset,
-            SYS_setrlimit, SYS_setpriority, SYS_sched_setscheduler, SYS_sched_setattr};
+    return {SYS_setuid,
+            SYS_setgid,
+            SYS_setreuid,
+            SYS_setregid,
+            SYS_setresuid,
+            SYS_setresgid,
+            SYS_setgroups,
+            SYS_setfsuid,
+            SYS_setfsgid,
+            SYS_capset,
+            SYS_setrlimit,
+            SYS_setpriority,
+            SYS_sched_setscheduler,
+            SYS_sched_setattr,
+            SYS_sched_setparam,
+            SYS_sched_setaffinity,
+            SYS_ioprio_set,
+            SYS_migrate_pages,
+            SYS_move_pages};
 }
 
 inline std::vector<long> signals()

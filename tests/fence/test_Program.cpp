@@ -82,9 +82,19 @@ TEST_F(ConqueredDecoder, CannotSpeakWithAnybody)
     EXPECT_EQ(reportOf("makeSocketPair", ""), "failed\n");
 }
 
-TEST_F(ConqueredDecoder, CanWriteBesideTheOutput)
+TEST_F(ConqueredDecoder, CanRemoveButNotMakeFilesBesideTheOutput)
 {
-    EXPECT_EQ(reportOf("createFile", m_folder.path("new")), "succeeded\n");
+    if (LandlockRuleset::kernelAbi() == 0) {
+        GTEST_SKIP() << "no Landlock here";
+    }
+    EXPECT_EQ(reportOf("createFile", m_folder.path("new")), "failed\n");
+    EXPECT_EQ(reportOf("removeFile", m_folder.write("old", "")), "succeeded\n");
+}
+
+// The rules hold for the thread that made them.
+TEST_F(ConqueredDecoder, FindsNoThreadBesideItsOwn)
+{
+    EXPECT_EQ(reportOf("findThread", ""), "failed\n");
 }
 
 TEST_F(ConqueredDecoder, CanWriteElsewhereIfGhostscriptIsAWrapper)

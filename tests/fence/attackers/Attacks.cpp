@@ -11,13 +11,21 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/fs.h>
 #include <netinet/in.h>
 #include <pthread.h>
+#include <sched.h>
+#include <sys/auxv.h>
+#include <sys/inotify.h>
 #include <sys/ioctl.h>
+#include <sys/ipc.h>
 #include <sys/mman.h>
+#include <sys/msg.h>
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
+#include <sys/sem.h>
+#include <sys/shm.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -51,6 +59,17 @@ int readFile(const char* file)
     return result;
 }
 
+int askForSize(const char* file)
+{
+    struct stat info = {};
+    return resultOf(stat(file, &info));
+}
+
+int speakOnStandardError(const char*)
+{
+    return resultOf(write(STDERR_FILENO, "\033[2J", 4));
+}
+
 int listFolder(const char* folder)
 {
     DIR* handle = opendir(folder);
@@ -81,6 +100,19 @@ int truncateByReading(const char* file)
     return opened(file, O_RDONLY | O_TRUNC);
 }
 
+// Neither for reading nor for writing, but for the calls of a device.
+constexpr int deviceAccess = 3;
+
+int openForDeviceCalls(const char* file)
+{
+    return opened(file, deviceAccess);
+}
+
+int truncateByDeviceAccess(const char* file)
+{
+    return opened(file, deviceAccess | O_TRUNC);
+}
+
 int removeFile(const char* file)
 {
     return resultOf(unlink(file));
@@ -107,6 +139,25 @@ int changeModeOfOpenFile(const char* file)
 int setAttribute(const char* file)
 {
     return resultOf(setxattr(file, "user.attack", "x", 1, 0));
+}
+
+// To what they are already.
+int setFlags(const char* file)
+{
+    int flags = 0;
+    const int descriptor = open(file, O_RDONLY | O_CLOEXEC);
+    const bool isKnown = ioctl(descriptor, FS_IOC_GETFLAGS, &flags) == 0;
+    const int result = isKnown ? resultOf(ioctl(descriptor, FS_IOC_SETFLAGS, &flags)) : errno;
+    close(descriptor);
+    return result;
+}
+
+int watchFolder(const char* folder)
+{
+    const int watch = inotify_init1(IN_CLOEXEC);
+    const int result = watch < 0 ? errno : resultOf(inotify_add_watch(watch, folder, IN_CREATE));
+    close(watch);
+    return result;
 }
 
 std::string inTemporaryFolder(const char* name)
@@ -190,6 +241,15 @@ int forkByClone3(const char*)
     return child < 0 ? errno : waitFor(static_cast<pid_t>(child));
 }
 
+int cloneNamespace(const char*)
+{
+    const long child = syscall(SYS_clone, CLONE_NEWUSER | SIGCHLD, 0, 0, 0, 0);
+    if (child == 0) {
+        _exit(0);
+    }
+    return child < 0 ? errno : waitFor(static_cast<pid_t>(child));
+}
+
 void* doNothing(void* nothing)
 {
     return nothing;
@@ -200,6 +260,45 @@ int startThread(const char*)
     pthread_t thread = {};
     const int result = pthread_create(&thread, nullptr, doNothing, nullptr);
     return result != 0 ? result : pthread_join(thread, nullptr);
+}
+
+int shareMemory(const char*)
+{
+    const int memory = shmget(IPC_PRIVATE, 4096, 0600);
+    const int result = resultOf(memory);
+    shmctl(memory, IPC_RMID, nullptr);
+    return result;
+}
+
+int shareSemaphore(const char*)
+{
+    const int semaphore = semget(IPC_PRIVATE, 1, 0600);
+    const int result = resultOf(semaphore);
+    semctl(semaphore, 0, IPC_RMID);
+    return result;
+}
+
+int sendMessages(const char*)
+{
+    const int queue = msgget(IPC_PRIVATE, 0600);
+    const int result = resultOf(queue);
+    msgctl(queue, IPC_RMID, nullptr);
+    return result;
+}
+
+// Another than the one that runs this.
+int findThread(const char*)
+{
+    DIR* threads = opendir("/proc/self/task");
+    int count = 0;
+    while (threads != nullptr && readdir(threads) != nullptr) {
+        ++count;
+    }
+    if (threads != nullptr) {
+        closedir(threads);
+    }
+    constexpr int withDots = 3;
+    return count > withDots ? 0 : ESRCH;
 }
 
 int connectTo(int descriptor, const void* address, std::size_t size)
@@ -271,6 +370,17 @@ int signalGroup(const char*)
     return resultOf(kill(0, 0));
 }
 
+// Who owns an open file gets its signals, whichever was chosen for it.
+int signalParentByFile(const char*)
+{
+    return resultOf(fcntl(STDERR_FILENO, F_SETOWN, getppid()));
+}
+
+int signalGroupByFile(const char*)
+{
+    return resultOf(fcntl(STDERR_FILENO, F_SETOWN, -getpgrp()));
+}
+
 int signalItself(const char*)
 {
     return resultOf(kill(getpid(), 0));
@@ -289,6 +399,41 @@ int readMemoryOfParent(const char*)
 int outliveParent(const char*)
 {
     return resultOf(prctl(PR_SET_PDEATHSIG, 0));
+}
+
+// Ends as a copy of this program that asks whether the end of the parent is its
+// own end.
+void* executeProgram(void*)
+{
+    const auto* file = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+    execl(file, "program", "beLeftAlone", "", static_cast<char*>(nullptr));
+    return nullptr;
+}
+
+int outliveByThread(const char*)
+{
+    pthread_t thread = {};
+    const int result = pthread_create(&thread, nullptr, executeProgram, nullptr);
+    if (result == 0) {
+        pthread_join(thread, nullptr);
+    }
+    return result == 0 ? EPERM : result;
+}
+
+int beLeftAlone(const char*)
+{
+    int endSignal = SIGKILL;
+    prctl(PR_GET_PDEATHSIG, &endSignal);
+    return endSignal == 0 ? 0 : EPERM;
+}
+
+// To those that it runs on already.
+int chooseProcessorsOfParent(const char*)
+{
+    cpu_set_t processors;
+    return sched_getaffinity(getppid(), sizeof processors, &processors) < 0
+               ? errno
+               : resultOf(sched_setaffinity(getppid(), sizeof processors, &processors));
 }
 
 // More than the machine has, without touching it.
@@ -349,10 +494,11 @@ int raiseLimits(const char*)
     return resultOf(setrlimit(RLIMIT_CPU, &limit));
 }
 
-int typeIntoTerminal(const char*)
+// Anything but the refusal comes from the device.
+int callDevice(const char* call)
 {
-    // Anything but the refusal comes from the device.
-    return ioctl(STDERR_FILENO, TIOCSTI, "x") < 0 && errno == EPERM ? EPERM : 0;
+    const unsigned long number = std::strtoul(call, nullptr, 0);
+    return ioctl(STDERR_FILENO, number, "x") < 0 && errno == EPERM ? EPERM : 0;
 }
 
 // Whether a call gets as far as into the kernel's own code, with arguments at
@@ -392,16 +538,22 @@ struct Attack
 
 const Attack attacks[] = {
     {"readFile", readFile},
+    {"askForSize", askForSize},
+    {"speakOnStandardError", speakOnStandardError},
     {"listFolder", listFolder},
     {"writeFile", writeFile},
     {"createFile", createFile},
     {"truncateByName", truncateByName},
     {"truncateByReading", truncateByReading},
+    {"truncateByDeviceAccess", truncateByDeviceAccess},
+    {"openForDeviceCalls", openForDeviceCalls},
     {"removeFile", removeFile},
     {"makeFolder", makeFolder},
     {"changeMode", changeMode},
     {"changeModeOfOpenFile", changeModeOfOpenFile},
     {"setAttribute", setAttribute},
+    {"setFlags", setFlags},
+    {"watchFolder", watchFolder},
     {"linkIntoFolder", linkIntoFolder},
     {"readThroughLink", readThroughLink},
     {"useTemporaryFolder", useTemporaryFolder},
@@ -411,25 +563,35 @@ const Attack attacks[] = {
     {"runFromMemory", runFromMemory},
     {"forkProcess", forkProcess},
     {"forkByClone3", forkByClone3},
+    {"cloneNamespace", cloneNamespace},
     {"startThread", startThread},
+    {"findThread", findThread},
     {"useTcp", useTcp},
     {"useUdp", useUdp},
     {"useUnixSocket", useUnixSocket},
     {"makeSocketPair", makeSocketPair},
+    {"shareMemory", shareMemory},
+    {"shareSemaphore", shareSemaphore},
+    {"sendMessages", sendMessages},
     {"signalProcess", signalProcess},
     {"signalParent", signalParent},
     {"signalThreadOfParent", signalThreadOfParent},
     {"signalGroup", signalGroup},
+    {"signalParentByFile", signalParentByFile},
+    {"signalGroupByFile", signalGroupByFile},
     {"signalItself", signalItself},
     {"traceParent", traceParent},
     {"readMemoryOfParent", readMemoryOfParent},
     {"outliveParent", outliveParent},
+    {"outliveByThread", outliveByThread},
+    {"beLeftAlone", beLeftAlone},
+    {"chooseProcessorsOfParent", chooseProcessorsOfParent},
     {"eatMemory", eatMemory},
     {"fillDisk", fillDisk},
     {"fillDiskWithManyFiles", fillDiskWithManyFiles},
     {"dumpCore", dumpCore},
     {"raiseLimits", raiseLimits},
-    {"typeIntoTerminal", typeIntoTerminal},
+    {"callDevice", callDevice},
     {"reachKernel", reachKernel},
     {"callAsX32", callAsX32},
     {"callAsForeignArchitecture", callAsForeignArchitecture},
