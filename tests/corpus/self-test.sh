@@ -66,6 +66,16 @@ OtherProgram)
     cp "$sources/samples/chart.png" "$scratch/documents/"
     expect 1 "difference:" --program "$program" --compare "$program -c g4 -r superfine"
     ;;
+OtherMessage)
+    cp "$sources/samples/chart.png" "$scratch/documents/"
+    # shellcheck disable=SC2016 # for the program
+    for word in this that; do
+        printf '#!/bin/bash\n%s; echo "%s of $output" >&2\n' "$writeOutput" "$word" >"$scratch/$word"
+        chmod +x "$scratch/$word"
+    done
+    expect 0 "0 findings" --program "$scratch/this" --compare "$scratch/this"
+    expect 1 "difference:" --program "$scratch/this" --compare "$scratch/that"
+    ;;
 NoDocuments) expect 2 "" --program "$program" ;;
 Damage)
     for target in first second; do
