@@ -58,23 +58,24 @@ public:
         return renderer().renderPage(index, size, image) ? image : QImage();
     }
 
-    /// A page as Ghostscript itself writes it into a file, by another device.
-    QImage reference(unsigned long index, const QSize& size) const
+    /// All pages as Ghostscript itself writes them into files, by another device.
+    std::vector<QImage> references(unsigned long pageCount, const QSize& size) const
     {
-        const QString output = m_folder.qPath(QStringLiteral("reference.pbm"));
-        const QString page = QString::number(index + 1);
         EXPECT_EQ(QProcess::execute(
                       QStringLiteral("gs"),
                       {QStringLiteral("-q"), QStringLiteral("-dBATCH"), QStringLiteral("-dSAFER"),
                        QStringLiteral("-dNOPAUSE"), QStringLiteral("-dFIXEDMEDIA"),
                        QStringLiteral("-dPDFFitPage"), QStringLiteral("-sDEVICE=pbmraw"),
-                       QStringLiteral("-dFirstPage=") + page, QStringLiteral("-dLastPage=") + page,
                        QStringLiteral("-g%1x%2").arg(size.width()).arg(size.height()),
-                       QStringLiteral("-sOutputFile=") + output, fileName()}),
+                       QStringLiteral("-sOutputFile=") + m_folder.qPath(QStringLiteral("%d.pbm")),
+                       fileName()}),
                   0);
-        const QImage image(output);
-        EXPECT_EQ(image.size(), size);
-        return image;
+        std::vector<QImage> pages;
+        for (unsigned long number = 1; number <= pageCount; ++number) {
+            pages.emplace_back(m_folder.qPath(QStringLiteral("%1.pbm").arg(number)));
+            EXPECT_EQ(pages.back().size(), size);
+        }
+        return pages;
     }
 
 private:
@@ -158,8 +159,9 @@ protected:
         Document document(row.content);
         document.renderer().setForwardCacheLimit(cacheLimit);
         const QSize size = row.requested.size.isEmpty() ? row.rendered : row.requested.size;
+        const std::vector<QImage> references = document.references(row.pageCount, row.rendered);
         for (unsigned long index = 0; index < row.pageCount; ++index) {
-            const QImage expected = document.reference(index, row.rendered);
+            const QImage& expected = references[index];
             EXPECT_TRUE(isSamePicture(
                 document.page(index, row.requested),
                 size == row.rendered
