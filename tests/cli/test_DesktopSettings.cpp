@@ -58,8 +58,8 @@ protected:
 
     ProgramStart conversion(const std::string& output, const Settings& settings) const
     {
-        ProgramStart conversion =
-            start({"-C", "cover.html", "-o", output, "in@2x.png", "in.jpg", "in.pdf"});
+        ProgramStart conversion = start(
+            {"-r", "standard", "-C", "cover.html", "-o", output, "in@2x.png", "in.jpg", "in.pdf"});
         // What the desktop of whoever runs the tests says must not matter.
         for (const char* name : {"QT_QPA_PLATFORMTHEME", "QT_IM_MODULE", "XDG_CURRENT_DESKTOP"}) {
             conversion.environment[name] = std::nullopt;
@@ -90,10 +90,15 @@ protected:
 
 TEST_P(DesktopSettings, DoNotChangeTheFile)
 {
-    ASSERT_TRUE(isSilentSuccess(runProgram(conversion("plain.tif", {}))));
+    // The same for all of them.
+    static QByteArray plain;
+    if (plain.isEmpty()) {
+        ASSERT_TRUE(isSilentSuccess(runProgram(conversion("plain.tif", {}))));
+        plain = content("plain.tif");
+    }
     ASSERT_TRUE(isSilentSuccess(runProgram(conversion("out.tif", GetParam().settings))));
     EXPECT_EQ(pages().size(), 4U);
-    EXPECT_TRUE(content("out.tif") == content("plain.tif"));
+    EXPECT_TRUE(content("out.tif") == plain);
 }
 
 TEST_P(DesktopSettings, LoadNoPluginsButThoseOfThePlatformAndOfPictures)

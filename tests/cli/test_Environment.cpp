@@ -45,8 +45,8 @@ protected:
 
     ProgramStart conversion(const std::string& output, const Environment& changes) const
     {
-        ProgramStart conversion =
-            start({"-m", "0.5,0.25", "-C", "cover.html", "-o", output, "in.jpg", "in.pdf"});
+        ProgramStart conversion = start({"-r", "standard", "-m", "0.5,0.25", "-C", "cover.html",
+                                         "-o", output, "in.jpg", "in.pdf"});
         for (const auto& [name, value] : changes) {
             conversion.environment[name] = value;
         }
@@ -60,10 +60,15 @@ class AnyEnvironment : public EnvironmentTest, public testing::WithParamInterfac
 
 TEST_P(AnyEnvironment, GivesTheSameFileInSilence)
 {
-    ASSERT_TRUE(isSilentSuccess(runProgram(conversion("plain.tif", {}))));
+    // The same for all of them.
+    static QByteArray plain;
+    if (plain.isEmpty()) {
+        ASSERT_TRUE(isSilentSuccess(runProgram(conversion("plain.tif", {}))));
+        plain = content("plain.tif");
+    }
     ASSERT_TRUE(isSilentSuccess(runProgram(conversion("out.tif", GetParam().changes))));
     EXPECT_EQ(pages().size(), 3U);
-    EXPECT_TRUE(content("out.tif") == content("plain.tif"));
+    EXPECT_TRUE(content("out.tif") == plain);
 }
 
 INSTANTIATE_TEST_SUITE_P(Cli, AnyEnvironment, testing::ValuesIn(rows),

@@ -7,8 +7,9 @@
 namespace {
 
 // What glibc fills memory with: with nothing, and with these bytes when it is
-// given back (and their complement when it is handed out).
-const std::vector<std::string> fills = {"0", "85", "170", "255"};
+// given back (and their complement when it is handed out). In the one every bit
+// has the other value than in the other.
+const std::vector<std::string> fills = {"0", "85", "170"};
 
 /// How one run ended, and what it wrote.
 struct Outcome

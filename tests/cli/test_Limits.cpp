@@ -45,7 +45,7 @@ class ManyInputs : public CliTest
 TEST_F(ManyInputs, NeedNoMoreDescriptorsThanOne)
 {
     constexpr unsigned long descriptorLimit = 64;
-    constexpr int inputCount = 500;
+    constexpr int inputCount = 100;
     folder().write("in.png", blackPng({20, 20}));
     folder().write("in.jpg", SampleImages::jpegFile(SampleImages::quarters({64, 48})));
     folder().write("in.tif", SampleImages::tiffFile({{SampleImages::bilevel({32, 32})}}));
@@ -59,7 +59,7 @@ TEST_F(ManyInputs, NeedNoMoreDescriptorsThanOne)
     ProgramStart limited = start(arguments);
     limited.openFilesLimit = descriptorLimit;
     ASSERT_TRUE(isSilentSuccess(runProgram(limited)));
-    EXPECT_EQ(pages().size(), 500U);
+    EXPECT_EQ(pages().size(), 100U);
 }
 
 class SameCommand : public CliTest
