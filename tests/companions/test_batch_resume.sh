@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# A batch of 100 jobs, 10 of them bad, is killed in the middle and resumed: the
+# A batch of 50 jobs, 10 of them bad, is killed in the middle and resumed: the
 # result is that of a batch that was not.
 # shellcheck disable=SC2012 # the names are known
 # shellcheck source=../packaging/check.sh
@@ -12,7 +12,7 @@ export PARALLEL_HOME=$work/parallel
 mkdir "$PARALLEL_HOME"
 
 mkdir in
-makeDocuments 84 pngmono in/%d.png
+makeDocuments 34 pngmono in/%d.png
 makeDocuments 6 pdfwrite in/%d.pdf
 echo '<h1>Fax</h1>' >cover.html
 for i in 1 2 3 4; do echo junk >"in/junk$i.png"; done
@@ -21,7 +21,7 @@ for i in 1 2; do echo text >"in/text$i.txt"; done
 ls in | awk '{ printf "OUT/%s.tif\t%s\t%s\tin/%s\n", $1,
     NR % 3 ? "" : "-r standard -c g4", NR % 5 ? "" : "cover.html", $1 }' >list
 printf 'OUT/gone.tif\t\t\tin/gone.png\n' >>list
-equal "the number of jobs" "$(wc -l <list)" 100
+equal "the number of jobs" "$(wc -l <list)" 50
 sed 's/^OUT/whole/' list >whole.tsv
 sed 's/^OUT/killed/' list >killed.tsv
 
@@ -31,7 +31,7 @@ bytes() {
 "$batch" -j 2 -r 1 whole.tsv 2>whole.err
 equal "the exit status with bad jobs" $? 1
 equal "the summary" "$(head -n 1 whole.err)" \
-    "90 of 100 jobs are done, 0 of them with remarks, 10 failed; 108 pages, $(bytes whole) bytes"
+    "40 of 50 jobs are done, 0 of them with remarks, 10 failed; 48 pages, $(bytes whole) bytes"
 expectedFailures() {
     for i in 1 2 3; do
         echo "$1/empty$i.pdf.tif: can't write page file 'in/empty$i.pdf', invalid pdf format"
@@ -45,18 +45,18 @@ expectedFailures() {
     done
 }
 equal "the list of failures" "$(tail -n +2 whole.err | LC_ALL=C sort)" "$(expectedFailures whole)"
-equal "the number of results" "$(ls -A whole | wc -l)" 90
+equal "the number of results" "$(ls -A whole | wc -l)" 40
 
 setsid "$batch" -j 2 -r 1 killed.tsv 2>/dev/null &
 group=$!
 for ((i = 0; i < 600; ++i)); do
-    (($(ls killed 2>/dev/null | wc -l) >= 30)) && break
+    (($(ls killed 2>/dev/null | wc -l) >= 15)) && break
     sleep 0.05
 done
 kill -KILL -- "-$group"
 wait "$group" 2>/dev/null
 before=$(ls killed | wc -l)
-((before >= 30 && before < 90)) || fail "the batch was not killed in the middle but after $before"
+((before >= 15 && before < 40)) || fail "the batch was not killed in the middle but after $before"
 # What was done has an inode that a second conversion would change.
 ls -i killed | LC_ALL=C sort >before
 cp whole/9.png.tif killed/.9.png.tif.123.part

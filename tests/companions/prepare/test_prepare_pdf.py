@@ -101,6 +101,7 @@ class Readable(support.CompanionTest):
 PAPERS = {"a4": ("595x842", 11.69291338582677), "letter": ("612x792", 11.0), "legal": ("612x1008", 14.0)}
 RESOLUTIONS = {"standard": (204, 98, 1728), "fine": (204, 196, 1728),
                "superfine": (204, 391, 1728), "ultrafine": (408, 391, 3456)}
+MARGINS = [("", (0, 0, 0, 0)), ("-m0.1", (0.1,) * 4), ("-m0.5,0.3,0.25,0.77", (0.5, 0.3, 0.25, 0.77))]
 TEXT = """
 << /PageSize [{} {}] >> setpagedevice
 /Times-Roman 9 selectfont
@@ -116,24 +117,25 @@ class Sharp(support.CompanionTest):
 
     def check(self, resolution):
         across, down, width = RESOLUTIONS[resolution]
-        for paper, (points, inches) in PAPERS.items():
-            support.postscript_to_pdf("text.pdf", TEXT.format(*points.split("x")))
-            height = math.ceil(inches * down)
-            for margins, (left, top, right, bottom) in (
-                    ("", (0, 0, 0, 0)), ("-m0.1", (0.1,) * 4), ("-m0.5,0.3,0.25,0.77", (0.5, 0.3, 0.25, 0.77))):
-                with self.subTest(paper=paper, margins=margins):
-                    left, top = math.floor(left * across), math.floor(top * down)
-                    area = (width - left - math.floor(right * across),
-                            height - top - math.floor(bottom * down))
-                    support.run("gs", "-q", "-dSAFER", "-sDEVICE=tiffg4", "-dAdjustWidth=0", "-dFIXEDMEDIA",
-                                "-dPDFFitPage", f"-r{across}x{down}", f"-g{area[0]}x{area[1]}",
-                                "-o", "expected.tif", "text.pdf")
-                    expected = fax_pages.read_pages("expected.tif")[0]
-                    self.assertEqual((expected.width, expected.height), area)
-                    options = [f"-r{resolution}", f"-p{paper}"] + ([margins] if margins else [])
-                    page = self.fax("text.pdf", options=["--sharp", *options])[0]
-                    self.assertEqual((page.width, page.height), (width, height))
-                    self.assertSameDots(page, expected.cut(0, 0, *area), left, top)
+        # Every two of paper, margins and resolution meet in one of the tests.
+        first = list(RESOLUTIONS).index(resolution)
+        for number, (paper, (points, inches)) in enumerate(PAPERS.items(), start=first):
+            margins, (left, top, right, bottom) = MARGINS[number % len(MARGINS)]
+            with self.subTest(paper=paper, margins=margins):
+                support.postscript_to_pdf("text.pdf", TEXT.format(*points.split("x")))
+                left, top = math.floor(left * across), math.floor(top * down)
+                height = math.ceil(inches * down)
+                area = (width - left - math.floor(right * across),
+                        height - top - math.floor(bottom * down))
+                support.run("gs", "-q", "-dSAFER", "-sDEVICE=tiffg4", "-dAdjustWidth=0", "-dFIXEDMEDIA",
+                            "-dPDFFitPage", f"-r{across}x{down}", f"-g{area[0]}x{area[1]}",
+                            "-o", "expected.tif", "text.pdf")
+                expected = fax_pages.read_pages("expected.tif")[0]
+                self.assertEqual((expected.width, expected.height), area)
+                options = [f"-r{resolution}", f"-p{paper}"] + ([margins] if margins else [])
+                page = self.fax("text.pdf", options=["--sharp", *options])[0]
+                self.assertEqual((page.width, page.height), (width, height))
+                self.assertSameDots(page, expected.cut(0, 0, *area), left, top)
 
     def test_standard(self):
         self.check("standard")
