@@ -16,6 +16,8 @@ initialisers=$(LC_ALL=C objdump --disassemble --no-show-raw-insn "$1" | awk '
         isWanted = name ~ /^_GLOBAL__sub_I_|static_initialization_and_destruction|__cxx_global_var_init/
         if (name ~ /^_GLOBAL__sub_I_/) {
             file[address] = substr(name, length("_GLOBAL__sub_I_") + 1)
+            # What the optimiser has moved out of the way.
+            sub(/\.cold$/, "", file[address])
         }
         next
     }
