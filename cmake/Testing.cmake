@@ -1,25 +1,25 @@
 include(GoogleTest)
 
-# morvaltide_add_test(<folder> SOURCES <test files> LIBRARIES <targets under test>
-#                     [LABELS <label>])
-#
-# One test program a folder. The shared main() of tests/support creates the
-# offscreen application object. For CTest every GoogleTest case is a test of its
-# own (label "case"); with "ctest -C Shards -LE case" it runs the program in a few
-# pieces instead, which spares thousands of starts. Under the sanitizers, where
-# every start takes long, there are only the pieces.
-function(morvaltide_add_test folder)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
-  set(target test_${folder})
-  add_executable(${target} ${ARG_SOURCES})
-  target_link_libraries(${target} PRIVATE
-    morvaltide_build_options morvaltide_test_support ${ARG_LIBRARIES})
-  target_precompile_headers(${target} REUSE_FROM morvaltide_test_support)
-  set(properties)
-  if("slow" IN_LIST ARG_LABELS)
-    list(APPEND properties COST 100) # they mostly wait: first of all, beside the others
-  endif()
+# What no sanitizer can bear or see is tested with a program built without any:
+# limits of memory, the fence, what is left in memory. So is what converts many
+# times over. A build with sanitizers has to be told of one, or does without.
+set(MORVALTIDE_PLAIN_PROGRAM "" CACHE FILEPATH
+  "In a build with sanitizers: the program built without them, for the tests that need it")
+if(NOT MORVALTIDE_SANITIZERS)
+  set(morvaltide_plain_program $<TARGET_FILE:morvaltide>)
+else()
+  set(morvaltide_plain_program ${MORVALTIDE_PLAIN_PROGRAM})
+endif()
 
+# What tests start.
+set(morvaltide_program $<TARGET_FILE:morvaltide>)
+if(morvaltide_plain_program)
+  set(morvaltide_program ${morvaltide_plain_program})
+endif()
+
+# morvaltide_add_shards(<name> <target> <label...> <cost> <environment...>): runs a
+# test program in a few pieces.
+function(morvaltide_add_shards name target labels cost environment)
   set(configurations CONFIGURATIONS Shards)
   if(MORVALTIDE_SANITIZERS)
     set(configurations)
@@ -27,11 +27,48 @@ function(morvaltide_add_test folder)
   set(shards 4)
   foreach(shard RANGE 1 ${shards})
     math(EXPR index "${shard} - 1")
-    add_test(NAME ${target}.${shard} COMMAND ${target} ${configurations})
-    set_tests_properties(${target}.${shard} PROPERTIES TIMEOUT 1200 ${properties}
-      LABELS "${ARG_LABELS}"
-      ENVIRONMENT "GTEST_TOTAL_SHARDS=${shards};GTEST_SHARD_INDEX=${index}")
+    add_test(NAME ${name}.${shard} COMMAND ${target} ${configurations})
+    set_tests_properties(${name}.${shard} PROPERTIES TIMEOUT 1200 COST ${cost} LABELS "${labels}"
+      ENVIRONMENT "GTEST_TOTAL_SHARDS=${shards};GTEST_SHARD_INDEX=${index};${environment}")
   endforeach()
+endfunction()
+
+# morvaltide_add_test(<folder> SOURCES <test files> LIBRARIES <targets under test>
+#                     [LABELS <label>] [COST <cost>] [PROGRAM] [SANITIZED <filter>])
+#
+# One test program a folder. The shared main() of tests/support creates the
+# offscreen application object. For CTest every GoogleTest case is a test of its
+# own (label "case"); with "ctest -C Shards -LE case" it runs the program in a few
+# pieces instead, which spares thousands of starts. Under the sanitizers, where
+# every start takes long, there are only the pieces. Those of a higher cost come
+# first.
+#
+# PROGRAM: the test starts the program. SANITIZED: where there is a program with
+# sanitizers, it starts that one too, in the cases of GoogleTest's filter.
+function(morvaltide_add_test folder)
+  cmake_parse_arguments(ARG "PROGRAM" "COST;SANITIZED" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  set(target test_${folder})
+  add_executable(${target} ${ARG_SOURCES})
+  target_link_libraries(${target} PRIVATE
+    morvaltide_build_options morvaltide_test_support ${ARG_LIBRARIES})
+  target_precompile_headers(${target} REUSE_FROM morvaltide_test_support)
+  if(ARG_PROGRAM)
+    target_compile_definitions(${target} PRIVATE MORVALTIDE_PROGRAM="${morvaltide_program}")
+    add_dependencies(${target} morvaltide)
+  endif()
+
+  if(NOT ARG_COST)
+    set(ARG_COST 0)
+  endif()
+  set(sanitized FALSE)
+  if(ARG_SANITIZED AND MORVALTIDE_SANITIZERS)
+    set(sanitized TRUE)
+    morvaltide_add_shards(${target}.sanitized ${target} "${ARG_LABELS}" ${ARG_COST}
+      "MORVALTIDE_PROGRAM=$<TARGET_FILE:morvaltide>;GTEST_FILTER=${ARG_SANITIZED}")
+  endif()
+  if(morvaltide_plain_program OR NOT sanitized)
+    morvaltide_add_shards(${target} ${target} "${ARG_LABELS}" ${ARG_COST} "")
+  endif()
 
   if(NOT MORVALTIDE_SANITIZERS)
     # GoogleTest.cmake would take a list apart.
@@ -39,6 +76,6 @@ function(morvaltide_add_test folder)
     gtest_discover_tests(${target}
       NO_PRETTY_VALUES
       DISCOVERY_TIMEOUT 60
-      PROPERTIES TIMEOUT 300 ${properties} LABELS "${labels}")
+      PROPERTIES TIMEOUT 300 COST ${ARG_COST} LABELS "${labels}")
   endif()
 endfunction()

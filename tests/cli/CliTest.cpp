@@ -30,7 +30,7 @@ bool hasFailedSilently(const ProgramResult& result)
 ProgramStart CliTest::start(const std::vector<std::string>& arguments) const
 {
     ProgramStart start;
-    start.program = MORVALTIDE_PROGRAM;
+    start.program = testedProgram(MORVALTIDE_PROGRAM);
     start.arguments = arguments;
     start.folder = m_folder.path("");
     // The tests set it for themselves; the program has to do that on its own.

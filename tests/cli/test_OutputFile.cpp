@@ -208,9 +208,6 @@ class SharedOutputFile : public DisturbedOutputFile,
 
 TEST_P(SharedOutputFile, BelongsToTheConversionThatIsWritingIt)
 {
-#ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "a sanitized program needs more address space than a child of gs has";
-#endif
     link("out.tif", "link.tif");
     const ProgramResult result = runDisturbed(words(GetParam().command));
     EXPECT_EQ(result.exitStatus, 0);

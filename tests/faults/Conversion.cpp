@@ -37,7 +37,7 @@ int countOwnLines(const std::string& text, Conversion::OwnLine ownLine)
 ProgramStart Conversion::with(const std::vector<std::string>& arguments)
 {
     ProgramStart start;
-    start.program = MORVALTIDE_PROGRAM;
+    start.program = testedProgram(MORVALTIDE_PROGRAM);
     start.arguments = arguments;
     return start;
 }

@@ -161,7 +161,7 @@ protected:
     {
         std::vector<std::string> command = m_pages.argumentsFor({});
         command.resize(command.size() - 2);
-        command.insert(command.begin(), MORVALTIDE_PROGRAM);
+        command.insert(command.begin(), testedProgram(MORVALTIDE_PROGRAM));
         return command;
     }
 

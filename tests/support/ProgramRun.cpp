@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <system_error>
 
 #include <fcntl.h>
@@ -189,6 +190,12 @@ bool readStreams(const std::array<int, 2>& descriptors, ProgramResult& result)
 }
 
 } // namespace
+
+std::string testedProgram(const char* built)
+{
+    const char* chosen = std::getenv("MORVALTIDE_PROGRAM");
+    return chosen == nullptr ? built : chosen;
+}
 
 ProgramRun::ProgramRun(const ProgramStart& start)
 {

@@ -9,6 +9,10 @@
 #include <string>
 #include <vector>
 
+/// The program that is tested: the one that the environment variable
+/// MORVALTIDE_PROGRAM names, else `built`.
+std::string testedProgram(const char* built);
+
 /// How a program is to be started. Standard input is the null device.
 struct ProgramStart
 {
