@@ -7,13 +7,16 @@
 #include <csignal>
 #include <cstdlib>
 
-#include <fcntl.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
-ChildProcess::ChildProcess(ProcessChannelMode channelMode)
+ChildProcess::ChildProcess(ProcessChannelMode channelMode) : ChildProcess(channelMode, -1) {}
+
+ChildProcess::ChildProcess(int output) : ChildProcess(ForwardedChannels, output) {}
+
+ChildProcess::ChildProcess(ProcessChannelMode channelMode, int output)
     : m_parentPid(getpid()),
-      m_hasPipe(channelMode != ForwardedChannels && channelMode != ForwardedOutputChannel)
+      m_output(output)
 {
     sigprocmask(SIG_BLOCK, nullptr, &m_signalMask);
     setProcessChannelMode(channelMode);
@@ -43,8 +46,8 @@ void ChildProcess::setupChildProcess()
         // The parent ended before the request was in force.
         _exit(EXIT_FAILURE);
     }
-    if (m_hasPipe) {
-        fcntl(STDOUT_FILENO, F_SETPIPE_SZ, pipeBytes);
+    if (m_output >= 0 && dup2(m_output, STDOUT_FILENO) < 0) {
+        _exit(EXIT_FAILURE);
     }
     Descriptors::closeOthersOnExec();
     if (m_fence) {

@@ -14,11 +14,11 @@ class ChildFence;
 class ChildProcess final : public QProcess
 {
 public:
-    /// How much of its output a child can be ahead of its reader: the largest
-    /// pipe that Linux grants to every user. With less, if the system refuses.
-    static constexpr int pipeBytes = 1048576;
-
     explicit ChildProcess(ProcessChannelMode channelMode);
+
+    /// Sends its standard output to `output`, the writing end of a pipe, and its
+    /// standard error to the program's own.
+    explicit ChildProcess(int output);
 
     /// Kills the child if it is still running.
     ~ChildProcess() override;
@@ -27,8 +27,10 @@ protected:
     void setupChildProcess() override;
 
 private:
+    ChildProcess(ProcessChannelMode channelMode, int output);
+
     qint64 m_parentPid;
-    bool m_hasPipe; // for its standard output
+    int m_output; // negative where the channel mode decides
     sigset_t m_signalMask = {};
     std::unique_ptr<ChildFence> m_fence; // null for none
 };

@@ -13,11 +13,6 @@ namespace {
 
 constexpr qint64 pieceBytes = 65536;
 
-bool hasSucceeded(const QProcess& process)
-{
-    return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-}
-
 // Where the kernel has no descriptors for processes, QProcess makes the whole
 // program ignore SIGPIPE when it starts its first child, although nothing is
 // written to a child here. What a broken pipe does to the program is not its
@@ -49,12 +44,6 @@ private:
     struct sigaction m_actionBefore = {};
 };
 
-void startProcess(QProcess& process, const QString& program, const QStringList& arguments)
-{
-    const HeldPipeSignal pipeSignal;
-    process.start(program, arguments, QIODevice::ReadWrite);
-}
-
 } // namespace
 
 ProcessWrapper::ProcessWrapper(QProcess& process, int timeoutMs)
@@ -65,11 +54,11 @@ ProcessWrapper::ProcessWrapper(QProcess& process, int timeoutMs)
 
 bool ProcessWrapper::execute(const QString& program, const QStringList& arguments) const
 {
-    startProcess(m_process, program, arguments);
+    start(program, arguments);
     if (!m_process.waitForFinished(m_timeoutMs)) {
         return false;
     }
-    return m_process.error() != QProcess::FailedToStart && hasSucceeded(m_process);
+    return m_process.error() != QProcess::FailedToStart && hasSucceeded();
 }
 
 bool ProcessWrapper::execute(const QString& program, const QStringList& arguments,
@@ -86,21 +75,10 @@ bool ProcessWrapper::execute(const QString& program, const QStringList& argument
                              ProcessOutputHandler* handler) const
 {
     start(program, arguments);
-    return read(handler);
-}
-
-void ProcessWrapper::start(const QString& program, const QStringList& arguments) const
-{
-    startProcess(m_process, program, arguments);
-}
-
-bool ProcessWrapper::read(ProcessOutputHandler* handler) const
-{
     if (!hasStarted()) {
         return false;
     }
-    // What came before the first wait is passed on like everything else.
-    bool isReady = handler != nullptr && passOn(*handler);
+    bool isReady = handler != nullptr;
     while (isReady) {
         isReady = m_process.waitForReadyRead(m_timeoutMs);
         // The last bytes of a child that ends at this very moment are read
@@ -112,7 +90,13 @@ bool ProcessWrapper::read(ProcessOutputHandler* handler) const
     // A time-out is not looked at on purpose: what has arrived by then is
     // judged by its receiver.
     m_process.waitForFinished(m_timeoutMs);
-    return hasSucceeded(m_process);
+    return hasSucceeded();
+}
+
+void ProcessWrapper::start(const QString& program, const QStringList& arguments) const
+{
+    const HeldPipeSignal pipeSignal;
+    m_process.start(program, arguments, QIODevice::ReadWrite);
 }
 
 // A child that has already ended has been started all the same.
@@ -122,6 +106,11 @@ bool ProcessWrapper::hasStarted() const
         return m_process.waitForStarted(m_timeoutMs);
     }
     return m_process.error() != QProcess::FailedToStart;
+}
+
+bool ProcessWrapper::hasSucceeded() const
+{
+    return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
 }
 
 // Gives the handler all that has been read, piece by piece: in one piece it

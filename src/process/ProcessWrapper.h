@@ -39,10 +39,16 @@ public:
     bool execute(const QString& program, const QStringList& arguments,
                  ProcessOutputHandler* handler) const;
 
-    /// The streaming form in two steps, between which the child works on its
-    /// own, until it has filled the pipe. No wait begins before read().
+    /// Starts the child and nothing more.
     void start(const QString& program, const QStringList& arguments) const;
-    bool read(ProcessOutputHandler* handler) const;
+
+    /// Waits until a child that was told to start has done so; false if it could
+    /// not.
+    bool hasStarted() const;
+
+    /// True unless a child that has started failed, or ended by a signal. One that
+    /// is still running counts as a success.
+    bool hasSucceeded() const;
 
     /// As the members of the same arguments, with a process of their own that
     /// is killed if it is still running on return. Without a place for it, the
@@ -54,7 +60,6 @@ public:
                                ProcessOutputHandler* handler);
 
 private:
-    bool hasStarted() const;
     bool passOn(ProcessOutputHandler& handler) const;
 
     QProcess& m_process;

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <functional>
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -152,6 +153,23 @@ TEST(ChildProcess, RunsAProgramLikeAnyOther)
     child.start(QStringLiteral("printf"), {QStringLiteral("text")});
     EXPECT_TRUE(child.waitForFinished());
     EXPECT_EQ(child.readAllStandardOutput(), QByteArray("text"));
+}
+
+TEST(ChildProcess, SendsItsOutputToTheDescriptorItWasGiven)
+{
+    int ends[2] = {-1, -1};
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    {
+        ChildProcess child(ends[1]);
+        child.start(QStringLiteral("printf"), {QStringLiteral("text")});
+        EXPECT_TRUE(child.waitForFinished());
+        EXPECT_EQ(child.readAllStandardOutput(), QByteArray());
+    }
+    close(ends[1]);
+    char text[8] = {};
+    EXPECT_EQ(read(ends[0], text, sizeof text), 4);
+    EXPECT_STREQ(text, "text");
+    close(ends[0]);
 }
 
 TEST(ChildProcess, HasTheChannelModeItWasGiven)

@@ -100,14 +100,15 @@ bool GhostScriptCommand::renderPages(unsigned long firstPage, unsigned long last
                                      const RenderSize& size, const QString& outputDevice,
                                      ProcessOutputHandler* handler) const
 {
-    const auto run = startPages(firstPage, lastPage, size, outputDevice);
-    return run && run->read(handler);
+    const auto run = startPages(firstPage, lastPage, size, outputDevice, handler);
+    return run && run->read();
 }
 
 std::unique_ptr<RunningProcess> GhostScriptCommand::startPages(unsigned long firstPage,
                                                                unsigned long lastPage,
                                                                const RenderSize& size,
-                                                               const QString& outputDevice) const
+                                                               const QString& outputDevice,
+                                                               ProcessOutputHandler* handler) const
 {
     if (!isSafe()) {
         return nullptr;
@@ -131,7 +132,8 @@ std::unique_ptr<RunningProcess> GhostScriptCommand::startPages(unsigned long fir
     arguments << QStringLiteral("-sOutputFile=-") << GhostScriptFileName(m_fileName).argument();
     const FencedDocument document(program(), m_fileName);
     const EnvironmentChange options(optionsVariable, renderingOptions());
-    return options.isInForce() ? std::make_unique<RunningProcess>(program(), arguments) : nullptr;
+    return options.isInForce() ? std::make_unique<RunningProcess>(program(), arguments, handler)
+                               : nullptr;
 }
 
 bool GhostScriptCommand::isSafe() const

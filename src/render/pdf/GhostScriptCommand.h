@@ -42,11 +42,12 @@ public:
     bool renderPages(unsigned long firstPage, unsigned long lastPage, const RenderSize& size,
                      const QString& outputDevice, ProcessOutputHandler* handler) const;
 
-    /// Starts the same run and leaves its output to be read later. Null if the
-    /// file may not reach Ghostscript, or for want of memory.
+    /// Starts the same run and leaves its output to be read later; `handler` has
+    /// to outlive it. Null if the file may not reach Ghostscript, or for want of
+    /// memory.
     std::unique_ptr<RunningProcess> startPages(unsigned long firstPage, unsigned long lastPage,
-                                               const RenderSize& size,
-                                               const QString& outputDevice) const;
+                                               const RenderSize& size, const QString& outputDevice,
+                                               ProcessOutputHandler* handler) const;
 
 private:
     /// True if Ghostscript opens this very file, and as a PDF.

@@ -1,98 +1,17 @@
 #include "render/pdf/PdfPageRenderer.h"
 
 #include "app/settings/RenderSize.h"
-#include "bilevel/BilevelColors.h"
 #include "bilevel/BilevelImage.h"
-#include "process/ProcessBytesMultiWriter.h"
-#include "process/ProcessBytesWriter.h"
-#include "process/RunningProcess.h"
+#include "render/pdf/PageImage.h"
 #include "render/pdf/PdfDocument.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 
 namespace {
 
 // PostScript points.
 constexpr double pointsPerInch = 72.0;
-
-int packedBytesPerRow(int width)
-{
-    return (width + 7) / 8;
-}
-
-std::size_t pageBytes(const QSize& size)
-{
-    return static_cast<std::size_t>(packedBytesPerRow(size.width())) *
-           static_cast<std::size_t>(size.height());
-}
-
-// An image whose rows are packed tighter than QImage would lay them out.
-QImage createPackedImage(const QSize& size)
-{
-    void* buffer = std::calloc(pageBytes(size), 1);
-    if (buffer == nullptr) {
-        return QImage();
-    }
-    QImage image(static_cast<uchar*>(buffer), size.width(), size.height(),
-                 packedBytesPerRow(size.width()), QImage::Format_Mono, std::free, buffer);
-    if (image.isNull()) {
-        std::free(buffer);
-    }
-    return image;
-}
-
-// A white page image; null if it cannot be made. It is white from the start
-// because a run of Ghostscript can end early.
-QImage createPageImage(const QSize& size)
-{
-    QImage image;
-    if (packedBytesPerRow(size.width()) % 4 == 0) {
-        image = QImage(size, QImage::Format_Mono);
-        image.fill(0);
-    } else {
-        image = createPackedImage(size);
-    }
-    if (!image.isNull()) {
-        image.setColorTable({opaqueWhite, opaqueBlack});
-    }
-    return image;
-}
-
-BytesCopy pixelsOf(QImage& image)
-{
-    return {image.bits(), static_cast<std::size_t>(image.sizeInBytes())};
-}
-
-// What became of a run of several pages.
-enum class RunEnd
-{
-    Failed,
-    TooEarly, // or nobody knows: fewer pages, a last page that is partly white, no end in sight
-    Good
-};
-
-RunEnd readRun(RunningProcess& process, std::size_t pageCount, const QSize& size,
-               std::deque<QImage>& pages)
-{
-    // A page that could not be made is missing from the stream for good: the
-    // next one would start in the middle of its rows.
-    bool isPageMissing = false;
-    ProcessBytesMultiWriter writer(pageCount, [&] {
-        QImage image = createPageImage(size);
-        if (image.isNull()) {
-            isPageMissing = true;
-            return BytesCopy();
-        }
-        pages.push_back(std::move(image));
-        return pixelsOf(pages.back());
-    });
-    if (!process.read(&writer) || isPageMissing || pages.empty()) {
-        return RunEnd::Failed;
-    }
-    return writer.isComplete() && process.hasEnded() ? RunEnd::Good : RunEnd::TooEarly;
-}
 
 // The size at which the pixels of a page are square, at the higher of its two
 // resolutions.
@@ -170,7 +89,7 @@ bool PdfPageRenderer::getRenderedPage(unsigned long index, const RenderSize& ren
     if (isInSequence && !m_cache.empty() && m_cache.front().size() == renderSize.size) {
         image.swap(m_cache.front());
         m_cache.pop_front();
-        m_readAhead.receive(readAheadRoom());
+        m_readAhead.receive(readAheadRoom(renderSize.size));
         return true;
     }
     m_cache.clear();
@@ -190,7 +109,7 @@ unsigned long PdfPageRenderer::endOfRun(unsigned long index, const QSize& size) 
     }
     const unsigned long following = sizes.size() - (index + 1);
     const unsigned long last =
-        index + std::min<unsigned long>(following, m_forwardCacheLimit / pageBytes(size));
+        index + std::min<unsigned long>(following, m_forwardCacheLimit / PageImage::bytes(size));
     unsigned long end = index + 1;
     while (end <= last && sizes[end] == sizes[index]) {
         ++end;
@@ -198,30 +117,27 @@ unsigned long PdfPageRenderer::endOfRun(unsigned long index, const QSize& size) 
     return end;
 }
 
-// The bytes that the run ahead may take: half of what the pages handed out have
-// left free, because Qt keeps them in blocks that do not fit where pages were.
-std::size_t PdfPageRenderer::readAheadRoom() const
+// How many pages of the run ahead there is room for: as many as were handed out.
+unsigned long PdfPageRenderer::readAheadRoom(const QSize& size) const
 {
-    const std::size_t taken =
-        m_cache.empty() ? 0 : m_cache.size() * pageBytes(m_cache.front().size());
-    return (m_forwardCacheLimit - std::min(taken, m_forwardCacheLimit)) / 2;
+    const unsigned long room = m_forwardCacheLimit / PageImage::bytes(size);
+    return room - std::min<unsigned long>(m_cache.size(), room);
 }
 
 bool PdfPageRenderer::renderRun(unsigned long index, unsigned long end,
                                 const RenderSize& renderSize, QImage& image)
 {
-    std::deque<QImage> pages;
-    auto process = m_readAhead.take({m_document->fileName(), index, end, renderSize});
-    const RunEnd runEnd =
-        process ? readRun(*process, end - index, renderSize.size, pages) : RunEnd::Failed;
-    process.reset();
-    if (runEnd == RunEnd::Failed) {
+    auto run = m_readAhead.take({m_document->fileName(), index, end, renderSize});
+    std::deque<QImage>& pages = run->pages();
+    if (!run->read() || pages.empty()) {
         return false;
     }
+    const bool isGood = run->isComplete() && run->hasEnded();
     image.swap(pages.front());
     pages.pop_front();
     m_cache = std::move(pages);
-    if (runEnd == RunEnd::Good) {
+    run.reset();
+    if (isGood) {
         readAhead(index, end, renderSize);
     }
     return true;
@@ -243,15 +159,10 @@ void PdfPageRenderer::readAhead(unsigned long index, unsigned long end,
 bool PdfPageRenderer::renderSinglePage(unsigned long index, const RenderSize& renderSize,
                                        QImage& image)
 {
-    QImage page = createPageImage(renderSize.size);
-    if (page.isNull()) {
+    const auto run = m_readAhead.take({m_document->fileName(), index, index + 1, renderSize});
+    if (!run->read() || !run->isComplete()) {
         return false;
     }
-    ProcessBytesWriter writer(pixelsOf(page));
-    const auto process = m_readAhead.take({m_document->fileName(), index, index + 1, renderSize});
-    if (!process || !process->read(&writer) || writer.target().remaining != 0) {
-        return false;
-    }
-    image.swap(page);
+    image.swap(run->pages().front());
     return true;
 }

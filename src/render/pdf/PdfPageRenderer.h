@@ -15,10 +15,9 @@ struct RenderSize;
 /// run after that is started as soon as one has ended well, so that Ghostscript
 /// draws while the caller works on the pages (read-ahead).
 ///
-/// Page images are QImage::Format_Mono with the colour table {opaque white,
-/// opaque black}. Before the squeeze of renderPage() their rows are packed to
-/// whole bytes, the layout of Ghostscript's "bit" device. Indices count from 0.
-/// On failure the result is false and `image` is left as it was.
+/// Page images are as PageImage makes them; those that renderPage() squeezed have
+/// the rows of QImage. Indices count from 0. On failure the result is false and
+/// `image` is left as it was.
 class PdfPageRenderer
 {
 public:
@@ -50,7 +49,7 @@ private:
     bool renderSinglePage(unsigned long index, const RenderSize& renderSize, QImage& image);
     void readAhead(unsigned long index, unsigned long end, const RenderSize& renderSize);
     unsigned long endOfRun(unsigned long index, const QSize& size) const;
-    std::size_t readAheadRoom() const;
+    unsigned long readAheadRoom(const QSize& size) const;
 
     const PdfDocument* m_document;
     std::size_t m_forwardCacheLimit = 0;

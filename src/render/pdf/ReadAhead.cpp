@@ -1,41 +1,29 @@
 #include "render/pdf/ReadAhead.h"
 
-#include "process/RunningProcess.h"
-#include "render/pdf/GhostScriptCommand.h"
-
-bool PageRun::operator==(const PageRun& other) const
-{
-    return fileName == other.fileName && index == other.index && end == other.end &&
-           size.size == other.size.size && size.dpi == other.size.dpi;
-}
-
-ReadAhead::ReadAhead() = default;
-ReadAhead::~ReadAhead() = default;
+#include <utility>
 
 void ReadAhead::start(const PageRun& run)
 {
     forget();
-    m_run = run;
-    m_process = GhostScriptCommand(run.fileName)
-                    .startPages(run.index + 1, run.end, run.size, QStringLiteral("bit"));
+    m_run = std::make_unique<DrawingRun>(run);
 }
 
-void ReadAhead::receive(std::size_t limit)
+void ReadAhead::receive(unsigned long pageCount)
 {
-    if (m_process) {
-        m_process->receive(limit);
+    if (m_run) {
+        m_run->receive(pageCount);
     }
 }
 
-std::unique_ptr<RunningProcess> ReadAhead::take(const PageRun& run)
+std::unique_ptr<DrawingRun> ReadAhead::take(const PageRun& run)
 {
-    if (!m_process || !(m_run == run)) {
+    if (!m_run || !(m_run->run() == run)) {
         start(run);
     }
-    return std::move(m_process);
+    return std::move(m_run);
 }
 
 void ReadAhead::forget()
 {
-    m_process.reset();
+    m_run.reset();
 }
