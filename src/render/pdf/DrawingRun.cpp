@@ -14,10 +14,17 @@ bool PageRun::operator==(const PageRun& other) const
 
 DrawingRun::DrawingRun(const PageRun& run)
     : m_run(run),
-      m_writer(run.count(), [this] { return addPage(); }),
-      m_process(GhostScriptCommand(run.fileName)
-                    .startPages(run.index + 1, run.end, run.size, QStringLiteral("bit"), &m_writer))
+      m_writer(run.count(), [this] { return addPage(); })
 {
+    // What there is no room for need not be drawn.
+    if (run.count() == 1) {
+        m_onlyPage = PageImage::create(run.size.size);
+        if (m_onlyPage.isNull()) {
+            return;
+        }
+    }
+    m_process = GhostScriptCommand(run.fileName)
+                    .startPages(run.index + 1, run.end, run.size, QStringLiteral("bit"), &m_writer);
 }
 
 DrawingRun::~DrawingRun() = default;
@@ -41,7 +48,7 @@ bool DrawingRun::hasEnded() const
 
 BytesCopy DrawingRun::addPage()
 {
-    QImage image = PageImage::create(m_run.size.size);
+    QImage image = m_run.count() == 1 ? std::move(m_onlyPage) : PageImage::create(m_run.size.size);
     if (image.isNull()) {
         // It is missing from the stream for good: the next one would start in the
         // middle of its rows.

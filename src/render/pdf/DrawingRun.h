@@ -28,8 +28,8 @@ struct PageRun
 class DrawingRun
 {
 public:
-    /// Starts it, unless the file may not reach Ghostscript. Whether that worked
-    /// shows in read().
+    /// Starts it, unless the file may not reach Ghostscript, or its only page is
+    /// too large. Whether that worked shows in read().
     explicit DrawingRun(const PageRun& run);
 
     /// Kills it if it is still under way.
@@ -60,6 +60,7 @@ private:
 
     PageRun m_run;
     std::deque<QImage> m_pages;
+    QImage m_onlyPage; // of a run of one page, until there is something on it
     bool m_isPageMissing = false;
     ProcessBytesMultiWriter m_writer;
     std::unique_ptr<RunningProcess> m_process;

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -98,10 +97,10 @@ TEST_F(TwoPages, AreReceivedWithoutWaitingUpToANumber)
     EXPECT_FALSE(drawing.isComplete() && drawing.hasEnded());
 }
 
-TEST_F(TwoPages, AreAFailureWhereQtHasNoImageOfThatSize)
+TEST_F(TwoPages, AreAFailureForWantOfMemory)
 {
     const FakeGhostscript ghostscript(Answer::bytes(100));
-    DrawingRun drawing(run({QSize(std::numeric_limits<int>::max(), 1024), {}}));
+    DrawingRun drawing(run({QSize(2147483616, 1048576), {}}));
     EXPECT_FALSE(drawing.read());
     EXPECT_TRUE(drawing.pages().empty());
 }
