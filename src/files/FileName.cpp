@@ -1,14 +1,15 @@
 #include "files/FileName.h"
 
-#include <QTextCodec>
+#include <QByteArray>
+
+namespace {
+
+constexpr char byteOrderMark[] = "\xef\xbb\xbf";
+
+} // namespace
 
 QString FileName::fromUtf8(const std::string& bytes)
 {
-    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    QString name = QTextCodec::codecForName("UTF-8")->toUnicode(
-        bytes.data(), static_cast<int>(bytes.size()), &state);
-    // The decoder keeps the bytes of a character that is cut at the end, waiting
-    // for the others. Without them the name would be that of another file.
-    name += QString(state.remainingChars, QChar::ReplacementCharacter);
-    return name;
+    // Qt drops one mark in front of a text. This one instead of that of the name.
+    return QString::fromUtf8(QByteArray::fromStdString(byteOrderMark + bytes));
 }
