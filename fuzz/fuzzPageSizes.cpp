@@ -70,7 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     ImagePdfRenderer renderer;
     renderer.setDevice(&document());
-    const int lineCount = answer.count('\n') + answer.count('\r') + 1;
+    const auto lineCount = answer.count('\n') + answer.count('\r') + 1;
     require(renderer.count() <= static_cast<unsigned long>(lineCount), "no line gives two pages");
 
     constexpr int maximumSide = 200;

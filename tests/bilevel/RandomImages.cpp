@@ -48,8 +48,9 @@ QImage RandomImages::picture(const QSize& size, QImage::Format format)
     const int kind = number(0, 2);
     for (int y = 0; y < size.height(); ++y) {
         uchar* row = image.scanLine(y);
-        for (int i = 0; i < image.bytesPerLine(); ++i) {
-            const int gradient = i * 255 / image.bytesPerLine();
+        const auto bytesPerRow = static_cast<int>(image.bytesPerLine());
+        for (int i = 0; i < bytesPerRow; ++i) {
+            const int gradient = i * 255 / bytesPerRow;
             const int paper = number(0, 3) == 0 ? number(0, 80) : 255;
             const int noise = number(0, 255);
             row[i] = static_cast<uchar>(kind == 0 ? noise : (kind == 1 ? gradient : paper));

@@ -85,5 +85,5 @@ pid_t FakeGhostscript::lastProcess() const
 int FakeGhostscript::overlaps() const
 {
     QFile file(m_folder.qPath(overlapFile));
-    return file.open(QIODevice::ReadOnly) ? file.readAll().count('\n') : 0;
+    return file.open(QIODevice::ReadOnly) ? static_cast<int>(file.readAll().count('\n')) : 0;
 }

@@ -106,8 +106,8 @@ QByteArray cmykJpeg()
 {
     for (const OddPictures::File& file : OddPictures::tiffFiles()) {
         if (file.name == "jpeg-cmyk.tif") {
-            const int begin = file.content.indexOf(QByteArray::fromHex("ffd8ff"));
-            const int end = file.content.indexOf(QByteArray::fromHex("ffd9"), begin);
+            const auto begin = file.content.indexOf(QByteArray::fromHex("ffd8ff"));
+            const auto end = file.content.indexOf(QByteArray::fromHex("ffd9"), begin);
             EXPECT_GT(end, begin);
             return file.content.mid(begin, end + 2 - begin);
         }

@@ -12,7 +12,7 @@ constexpr char lastSkippedByte = 0x20;
 
 // More than this is never skipped: a device file or a file with a hole could
 // go on with zeros for ever.
-constexpr int longestSkip = 16 * 1024 * 1024;
+constexpr qint64 longestSkip = 16 * 1024 * 1024;
 constexpr int blockLength = 16 * 1024;
 
 bool isSkipped(char byte)
@@ -23,7 +23,7 @@ bool isSkipped(char byte)
 QByteArray startOf(QIODevice& device)
 {
     QByteArray block;
-    for (int skipped = 0; skipped < longestSkip; skipped += block.size()) {
+    for (qint64 skipped = 0; skipped < longestSkip; skipped += block.size()) {
         block = device.read(blockLength);
         const auto* first = std::find_if_not(block.cbegin(), block.cend(), isSkipped);
         if (block.isEmpty() || first != block.cend()) {
@@ -47,7 +47,7 @@ bool PdfSignature::isPdfStart(const QByteArray& start)
     if (start.startsWith("%!") || start.startsWith("%%")) {
         return false;
     }
-    const int header = start.indexOf("%PDF-");
-    const int postScript = start.indexOf("%!PS");
+    const auto header = start.indexOf("%PDF-");
+    const auto postScript = start.indexOf("%!PS");
     return header >= 0 && (postScript < 0 || postScript > header);
 }

@@ -87,7 +87,7 @@ INSTANTIATE_TEST_SUITE_P(PictureDecoder, LeftoverMemory, testing::ValuesIn(allFi
 TEST(PictureDecoder, FailsForAJpegWithADamagedHeader)
 {
     QByteArray content = SampleImages::jpegFile(SampleImages::quarters({40, 30}));
-    const int header = content.indexOf(QByteArray::fromHex("ffc0"));
+    const auto header = content.indexOf(QByteArray::fromHex("ffc0"));
     ASSERT_GT(header, 0);
     constexpr int precisionOffset = 4;
     content[header + precisionOffset] = '\x63';
