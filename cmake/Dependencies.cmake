@@ -13,7 +13,16 @@ endmacro()
 set(morvaltide_missing)
 set(morvaltide_missing_debian)
 
-morvaltide_find(Qt5 qtbase5-dev 5.15 COMPONENTS Core Gui)
+# Targets are named Qt::Core and Qt::Gui with either version.
+set(MORVALTIDE_QT 5 CACHE STRING "Version of Qt to build with: 5 or 6")
+set_property(CACHE MORVALTIDE_QT PROPERTY STRINGS 5 6)
+if(MORVALTIDE_QT EQUAL 5)
+  morvaltide_find(Qt5 qtbase5-dev 5.15 COMPONENTS Core Gui)
+elseif(MORVALTIDE_QT EQUAL 6)
+  morvaltide_find(Qt6 qt6-base-dev 6.4 COMPONENTS Core Gui)
+else()
+  message(FATAL_ERROR "MORVALTIDE_QT is 5 or 6, not '${MORVALTIDE_QT}'.")
+endif()
 morvaltide_find(Boost "libboost-dev;libboost-program-options-dev" 1.53 CONFIG
   COMPONENTS program_options)
 morvaltide_find(fmt libfmt-dev 6)

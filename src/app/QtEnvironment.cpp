@@ -1,8 +1,9 @@
 #include "app/QtEnvironment.h"
 
+#include "qt/Utf8.h"
+
 #include <QByteArray>
 #include <QLoggingCategory>
-#include <QTextCodec>
 
 #include <algorithm>
 #include <iterator>
@@ -57,6 +58,6 @@ void QtEnvironment::prepare()
     // A program that is silent on success cannot pass on the remarks of Qt and
     // its plug-ins. QT_LOGGING_RULES turns them on again.
     QLoggingCategory::setFilterRules(QStringLiteral("*=false"));
-    // File names are UTF-8 in every locale, on the way to the system as well.
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    // In every locale, on the way to the system as well.
+    Utf8::useForFileNames();
 }

@@ -37,8 +37,7 @@ ChildProcess::~ChildProcess()
     }
 }
 
-// Runs in the child between fork and exec: async-signal-safe calls only.
-void ChildProcess::setupChildProcess()
+void ChildProcess::prepareChild()
 {
     sigprocmask(SIG_SETMASK, &m_signalMask, nullptr);
     prctl(PR_SET_PDEATHSIG, SIGKILL);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QProcess>
+#include "qt/PreparedProcess.h"
 
 #include <csignal>
 #include <memory>
@@ -11,7 +11,7 @@ class ChildFence;
 /// no open file but the standard streams, and a fence if there is a
 /// FencedDocument when it is made. The signals that it has blocked are those
 /// that were blocked then.
-class ChildProcess final : public QProcess
+class ChildProcess final : public PreparedProcess
 {
 public:
     explicit ChildProcess(ProcessChannelMode channelMode);
@@ -24,7 +24,7 @@ public:
     ~ChildProcess() override;
 
 protected:
-    void setupChildProcess() override;
+    void prepareChild() override;
 
 private:
     ChildProcess(ProcessChannelMode channelMode, int output);

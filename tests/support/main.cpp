@@ -1,6 +1,7 @@
+#include "qt/Utf8.h"
+
 #include <QGuiApplication>
 #include <QLoggingCategory>
-#include <QTextCodec>
 
 #include <gtest/gtest.h>
 
@@ -10,7 +11,7 @@ int main(int argc, char** argv)
     testing::InitGoogleTest(&argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QLoggingCategory::setFilterRules(QStringLiteral("*=false"));
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    Utf8::useForFileNames();
     const QGuiApplication application(argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -9,7 +9,7 @@
 
 QT_BEGIN_NAMESPACE
 // The resolution in dots per inch that Qt lays text out for when no screen says
-// otherwise. Qt5Gui exports it without declaring it in a public header.
+// otherwise. Qt exports it without declaring it in a public header.
 Q_GUI_EXPORT int qt_defaultDpi();
 QT_END_NAMESPACE
 

@@ -17,7 +17,7 @@
 #include <vector>
 
 QT_BEGIN_NAMESPACE
-// Exported by Qt5Gui, declared in no public header.
+// Exported by Qt, declared in no public header.
 Q_GUI_EXPORT int qt_defaultDpi();
 QT_END_NAMESPACE
 

@@ -1,0 +1,8 @@
+#include "qt/PreparedProcess.h"
+
+PreparedProcess::PreparedProcess() = default;
+
+void PreparedProcess::setupChildProcess()
+{
+    prepareChild();
+}

@@ -1,0 +1,6 @@
+#include "qt/PreparedProcess.h"
+
+PreparedProcess::PreparedProcess()
+{
+    setChildProcessModifier([this] { prepareChild(); });
+}
