@@ -729,7 +729,8 @@ protected:
             int count = -1;
             if (document.renderer().getRenderedPage(index, pixels(64, 10), image)) {
                 const void* const bits = image.constBits();
-                count = QByteArray(static_cast<const char*>(bits), 80).count('\xff');
+                const QByteArray bytes(static_cast<const char*>(bits), 80);
+                count = static_cast<int>(bytes.count('\xff'));
             }
             counts.push_back(count);
         }
