@@ -1,6 +1,6 @@
 #include "app/QtEnvironment.h"
 
-#include "qt/Utf8.h"
+#include "qt/Platform.h"
 
 #include <QByteArray>
 #include <QLoggingCategory>
@@ -58,6 +58,5 @@ void QtEnvironment::prepare()
     // A program that is silent on success cannot pass on the remarks of Qt and
     // its plug-ins. QT_LOGGING_RULES turns them on again.
     QLoggingCategory::setFilterRules(QStringLiteral("*=false"));
-    // In every locale, on the way to the system as well.
-    Utf8::useForFileNames();
+    Platform::prepare();
 }

@@ -4,8 +4,8 @@
 class QtEnvironment
 {
 public:
-    /// Chooses the platform without a display, silences the remarks of Qt,
-    /// makes file names UTF-8, and takes the settings of the user's desktop out
-    /// of the environment of this process, and so of its children.
+    /// Chooses the platform without a display (see Platform), silences the
+    /// remarks of Qt, and takes the settings of the user's desktop out of the
+    /// environment of this process, and so of its children.
     static void prepare();
 };

@@ -3,6 +3,7 @@
 #include "app/StandardStreams.h"
 #include "options/OptionsApplicationExit.h"
 #include "options/OptionsParser.h"
+#include "qt/Platform.h"
 
 #include <QGuiApplication>
 
@@ -55,6 +56,7 @@ int main(int argc, char** argv)
         char* qtArguments[] = {name, nullptr};
         int qtArgumentCount = 1;
         const QGuiApplication application(qtArgumentCount, qtArguments);
+        Platform::complete();
 
         FaxWriter writer(configurationFrom(options));
         writer.setCoverPage(options.coverPage());

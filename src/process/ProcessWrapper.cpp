@@ -9,6 +9,8 @@
 
 #include <csignal>
 
+#include <unistd.h>
+
 namespace {
 
 constexpr qint64 pieceBytes = 65536;
@@ -42,6 +44,21 @@ public:
 private:
     sigset_t m_maskBefore = {};
     struct sigaction m_actionBefore = {};
+};
+
+// Up to the moment when it becomes another program, a child of Qt 6 can be in the
+// memory of this one, and so can the environment that it is given there.
+class KeptEnvironment
+{
+public:
+    KeptEnvironment() = default;
+    ~KeptEnvironment() { environ = m_before; }
+
+    KeptEnvironment(const KeptEnvironment&) = delete;
+    KeptEnvironment& operator=(const KeptEnvironment&) = delete;
+
+private:
+    char** m_before = environ;
 };
 
 } // namespace
@@ -96,6 +113,7 @@ bool ProcessWrapper::execute(const QString& program, const QStringList& argument
 void ProcessWrapper::start(const QString& program, const QStringList& arguments) const
 {
     const HeldPipeSignal pipeSignal;
+    const KeptEnvironment environment;
     m_process.start(program, arguments, QIODevice::ReadWrite);
 }
 

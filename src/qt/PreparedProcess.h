@@ -8,7 +8,9 @@ class PreparedProcess : public QProcess
 protected:
     PreparedProcess();
 
-    /// Runs in the child between fork and exec: async-signal-safe calls only.
+    /// Runs in the child before it executes the program: async-signal-safe calls
+    /// only. Descriptors, signal masks, limits and the like are its own by then;
+    /// the memory may still be that of this program, as after vfork().
     virtual void prepareChild() = 0;
 
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)

@@ -1,6 +1,7 @@
 #include "process/ProcessWrapper.h"
 
 #include "process/CollectingHandler.h"
+#include "qt/PreparedProcess.h"
 #include "support/PrintQt.h"
 #include "support/SearchPath.h"
 #include "support/TemporaryFolder.h"
@@ -490,6 +491,29 @@ TEST(ProcessWrapperStatic, FailsWhenASignalKillsTheChild)
     EXPECT_FALSE(ProcessWrapper::executeProcess(shell, commands, &handler));
     EXPECT_EQ(output, QByteArray());
     EXPECT_EQ(handler.collected(), QByteArray("x"));
+}
+
+class ChildOfOtherEnvironment final : public PreparedProcess
+{
+protected:
+    void prepareChild() override
+    {
+        static char variable[] = "MORVALTIDE_TEST_CHILD=1";
+        static char* environment[] = {variable, nullptr};
+        environ = environment;
+    }
+};
+
+TEST(ProcessWrapper, KeepsTheEnvironmentThatAChildDoesNotGet)
+{
+    char** const before = environ;
+    ChildOfOtherEnvironment process;
+    QByteArray output;
+    EXPECT_TRUE(ProcessWrapper(process).execute(QStringLiteral("/bin/sh"),
+                                                script("echo $MORVALTIDE_TEST_CHILD"), &output));
+    EXPECT_EQ(output, QByteArray("1\n"));
+    EXPECT_EQ(environ, before);
+    EXPECT_FALSE(qEnvironmentVariableIsSet("MORVALTIDE_TEST_CHILD"));
 }
 
 } // namespace

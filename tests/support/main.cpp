@@ -1,4 +1,4 @@
-#include "qt/Utf8.h"
+#include "qt/Platform.h"
 
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -11,7 +11,8 @@ int main(int argc, char** argv)
     testing::InitGoogleTest(&argc, argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QLoggingCategory::setFilterRules(QStringLiteral("*=false"));
-    Utf8::useForFileNames();
+    Platform::prepare();
     const QGuiApplication application(argc, argv);
+    Platform::complete();
     return RUN_ALL_TESTS();
 }

@@ -2,9 +2,6 @@
 
 #include <QTextStream>
 
-// Names are UTF-8 on every Unix.
-void Utf8::useForFileNames() {}
-
 void Utf8::useFor(QTextStream& stream)
 {
     stream.setEncoding(QStringConverter::Utf8);
