@@ -10,7 +10,8 @@ class ChildFence;
 /// A child that does not outlive this program, however the program ends. It gets
 /// no open file but the standard streams, and a fence if there is a
 /// FencedDocument when it is made. The signals that it has blocked are those
-/// that were blocked then.
+/// that were blocked then. With a fence, it is to be started by a ProcessWrapper,
+/// which keeps the environment of this program as it is.
 class ChildProcess final : public PreparedProcess
 {
 public:

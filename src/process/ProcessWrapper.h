@@ -20,7 +20,8 @@ public:
     static constexpr int defaultTimeoutMs = 30000;
 
     /// `process` is not owned and must outlive the wrapper. While it starts,
-    /// SIGPIPE is blocked, which a ChildProcess undoes for its child.
+    /// SIGPIPE is blocked, which a ChildProcess undoes for its child. The
+    /// environment of this program stays as it is, whatever that of the child.
     explicit ProcessWrapper(QProcess& process, int timeoutMs = defaultTimeoutMs);
 
     /// Ignores the output. A child that has not finished in time is a failure.

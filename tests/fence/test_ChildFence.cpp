@@ -5,6 +5,7 @@
 #include "fence/Scene.h"
 #include "process/ChildProcess.h"
 #include "process/FencedDocument.h"
+#include "process/ProcessWrapper.h"
 #include "support/FakeGhostscript.h"
 #include "support/PrintQt.h"
 
@@ -280,9 +281,10 @@ protected:
     // Ends with the test; it waits for commands on standard input.
     void start()
     {
-        m_child->start(QStringLiteral("gs"),
-                       {QStringLiteral("-q"), QStringLiteral("-dNODISPLAY"), QStringLiteral("-c"),
-                        QStringLiteral("(x) print flush"), QStringLiteral("-")});
+        ProcessWrapper(*m_child).start(QStringLiteral("gs"),
+                                       {QStringLiteral("-q"), QStringLiteral("-dNODISPLAY"),
+                                        QStringLiteral("-c"), QStringLiteral("(x) print flush"),
+                                        QStringLiteral("-")});
         EXPECT_TRUE(m_child->waitForReadyRead());
     }
 
@@ -348,7 +350,7 @@ TEST(Wrapper, RunsWithoutTheRulesForFilesAndPrograms)
                                     QStringLiteral("/proc/self/status")}));
     const FencedDocument document(QStringLiteral("gs"), QString());
     ChildProcess child(QProcess::SeparateChannels);
-    child.start(QStringLiteral("gs"), QStringList());
+    ProcessWrapper(child).start(QStringLiteral("gs"), QStringList());
     ASSERT_TRUE(child.waitForFinished());
     EXPECT_EQ(child.readAllStandardOutput(), QByteArray("contentNoNewPrivs:\t1\nSeccomp:\t2\n"));
 }

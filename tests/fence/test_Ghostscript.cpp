@@ -2,6 +2,7 @@
 #include "fence/Scene.h"
 #include "process/ChildProcess.h"
 #include "process/FencedDocument.h"
+#include "process/ProcessWrapper.h"
 #include "support/PrintQt.h"
 
 #include <gtest/gtest.h>
@@ -51,10 +52,11 @@ protected:
                 QStringLiteral("gs"), QString::fromStdString(scene.argument("{document}")));
         }
         ChildProcess child(QProcess::SeparateChannels);
-        child.start(QStringLiteral("gs"),
-                    {QStringLiteral("-q"), QStringLiteral("-dBATCH"), QStringLiteral("-dNODISPLAY"),
-                     QStringLiteral("-dNOPAUSE"), QStringLiteral("-dNOSAFER"), QStringLiteral("-c"),
-                     QString::fromStdString(code)});
+        ProcessWrapper(child).start(QStringLiteral("gs"),
+                                    {QStringLiteral("-q"), QStringLiteral("-dBATCH"),
+                                     QStringLiteral("-dNODISPLAY"), QStringLiteral("-dNOPAUSE"),
+                                     QStringLiteral("-dNOSAFER"), QStringLiteral("-c"),
+                                     QString::fromStdString(code)});
         EXPECT_TRUE(child.waitForFinished());
         return child.readAllStandardOutput();
     }
