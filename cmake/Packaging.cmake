@@ -58,7 +58,16 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # TIFF files, the database by which contents are recognised, and the language
 # of the companion programs.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
-  "ghostscript (>= 10~), python3, qt5-image-formats-plugins, shared-mime-info")
+  "ghostscript (>= 10~), python3, qt${MORVALTIDE_QT}-image-formats-plugins, shared-mime-info")
+# The platform without a display comes with a library of Qt that is linked, or in
+# a package of its own.
+execute_process(
+  COMMAND dpkg-query --search */qt${MORVALTIDE_QT}/plugins/platforms/libqoffscreen.so
+  OUTPUT_VARIABLE platformPackage ERROR_QUIET)
+string(REGEX REPLACE "[:,].*" "" platformPackage "${platformPackage}")
+if(platformPackage AND NOT platformPackage MATCHES "^lib")
+  string(APPEND CPACK_DEBIAN_PACKAGE_DEPENDS ", ${platformPackage}")
+endif()
 # What the companion programs call.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
   "fonts-dejavu-core, fontconfig, imagemagick, libjpeg-turbo-progs, libtiff-tools, paps, qpdf")
