@@ -50,6 +50,14 @@ testPackages=(
     zlib1g-dev
 )
 
+# Instead of qtbase5-dev and the plug-ins of Qt 5. In Debian 12 and 13 a library of
+# Qt, libqt6gui6, brings the offscreen platform.
+qt6Packages=(
+    qt6-base-dev
+    qt6-gtk-platformtheme # a plug-in that must not be loaded
+    qt6-image-formats-plugins
+)
+
 # For ctest -L server alone: their installation starts services.
 serverTestPackages=(
     hylafax-server
