@@ -68,6 +68,14 @@ TEST_P(BadPage, IsReportedWithItsReasonAndLeavesNoOutput)
 INSTANTIATE_TEST_SUITE_P(Cli, BadPage, testing::ValuesIn(rows),
                          [](const auto& test) { return std::string{test.param.name}; });
 
+// Qt 6.8 takes a TIFF file without pages for one that it cannot read; others try to
+// decode the first.
+#if QT_VERSION < QT_VERSION_CHECK(6, 5, 0)
+constexpr auto reasonOfNoPages = "invalid data";
+#else
+constexpr auto reasonOfNoPages = "invalid tiff format";
+#endif
+
 // The decoding library adds lines of its own.
 const Row remarkedRows[] = {
     {"JunkNamedTif", "a.tif", junk, "invalid data"},
@@ -75,7 +83,7 @@ const Row remarkedRows[] = {
     {"PngNamedTif", "a.tif", [] { return blackPng({20, 20}); }, "invalid data"},
     {"TiffCutBehindItsHeader", "a.tif",
      [] { return SampleImages::tiffFile({{SampleImages::quarters({20, 20})}}).left(8); },
-     "invalid data"},
+     reasonOfNoPages},
     {"TruncatedPng", "a.png",
      [] { return SampleImages::pngFile(SampleImages::transparent({60, 60})).left(1000); },
      "invalid data"},
