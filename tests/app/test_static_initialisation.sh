@@ -7,7 +7,8 @@
 set -euo pipefail
 
 # The functions that run before main() bear the names of their source files or, in
-# code that is not position-independent, of the first function in them. Each does its work itself, or in a function that is called for no other file.
+# code that is not position-independent, of the first function in them. Each does
+# its work itself, or in a function that is called for no other file.
 initialisers=$(LC_ALL=C objdump --disassemble --no-show-raw-insn "$1" | awk '
     /^[0-9a-f]+ <.*>:$/ {
         name = substr($2, 2, length($2) - 3)
