@@ -1,12 +1,14 @@
 #include "fence/PrivateFolder.h"
 
+#include "fence/Environment.h"
+
 #include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <filesystem>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -37,21 +39,20 @@ private:
     sigset_t m_before = {};
 };
 
-std::string resolved(const std::string& path)
-{
-    const std::unique_ptr<char, decltype(&std::free)> result(realpath(path.c_str(), nullptr),
-                                                             &std::free);
-    return result ? std::string(result.get()) : std::string();
-}
-
+// Absolute, without links; empty if there is none. One that is set but empty
+// would be the current folder, for which no document has a use.
 std::string placeForFolders()
 {
+    std::string place = "/tmp";
     for (const char* variable : PrivateFolder::variables) {
-        if (const char* place = std::getenv(variable)) {
-            return resolved(place);
+        const std::string value = Environment::value(variable);
+        if (!value.empty()) {
+            place = value;
+            break;
         }
     }
-    return resolved("/tmp");
+    std::error_code error;
+    return std::filesystem::canonical(place, error).string();
 }
 
 // What the system call fills in; glibc's own way to it allocates.

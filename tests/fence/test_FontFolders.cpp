@@ -15,6 +15,7 @@ protected:
     void TearDown() override
     {
         unsetenv("FONTCONFIG_FILE");
+        unsetenv("FONTCONFIG_PATH");
         unsetenv("XDG_DATA_HOME");
         unsetenv("XDG_CACHE_HOME");
     }
@@ -61,6 +62,42 @@ TEST_F(Fonts, OfFilesThatIncludeEachOtherAreFoundOnce)
     configure("<include>more.conf</include>");
     const std::vector<std::string> paths = FontFolders::readable();
     EXPECT_EQ(std::count(paths.begin(), paths.end(), "/opt/more"), 1);
+}
+
+TEST_F(Fonts, OfFilesInAnIncludedFolderAreReadable)
+{
+    m_folder.write("10-more.conf", "<dir>/opt/more</dir>");
+    m_folder.write("README", "<dir>/opt/none</dir>");
+    configure("<include>" + QByteArray::fromStdString(m_folder.path("")) + "</include>");
+    EXPECT_TRUE(isReadable("/opt/more"));
+    EXPECT_FALSE(isReadable("/opt/none"));
+}
+
+TEST_F(Fonts, OfAnElementOverTwoLinesAreReadable)
+{
+    configure("<!-- <b> --><dir\n prefix=\"default\">/opt/fonts</dir>"
+              "<remap-dir as-path=\"/usr/share/fonts\">/opt/other</remap-dir>"
+              "<directory>/opt/none</directory>");
+    EXPECT_TRUE(isReadable("/opt/fonts"));
+    EXPECT_TRUE(isReadable("/opt/other"));
+    EXPECT_FALSE(isReadable("/opt/none"));
+}
+
+TEST_F(Fonts, OfAConfigurationInOneOfSeveralFoldersAreReadable)
+{
+    m_folder.write("fonts.conf", "<dir>/opt/fonts</dir>");
+    setenv("FONTCONFIG_PATH", ("/opt/none:" + m_folder.path("")).c_str(), 1);
+    EXPECT_TRUE(isReadable("/opt/fonts"));
+}
+
+TEST_F(Fonts, OfAConfigurationInTheHomeFolderAreReadable)
+{
+    const std::string home = std::getenv("HOME") == nullptr ? "" : std::getenv("HOME");
+    m_folder.write("own.conf", "<dir>~/fonts</dir>");
+    setenv("HOME", m_folder.path("").c_str(), 1);
+    setenv("FONTCONFIG_FILE", "~/own.conf", 1);
+    EXPECT_TRUE(isReadable(m_folder.path("") + "/fonts"));
+    setenv("HOME", home.c_str(), 1);
 }
 
 TEST_F(Fonts, OfTheUserAreWhereTheEnvironmentSays)

@@ -75,6 +75,17 @@ TEST_F(TemporaryPlace, ThatDoesNotExistGivesNoFolder)
     EXPECT_EQ(PrivateFolder::shared()->path(), "");
 }
 
+TEST_F(TemporaryPlace, ThatIsEmptyCountsAsNotSet)
+{
+    qputenv("TEMP", QFile::encodeName(m_place.qPath(QString())));
+    qputenv("TMPDIR", "");
+    {
+        const auto folder = PrivateFolder::shared();
+        EXPECT_EQ(m_place.entries().size(), 1);
+    }
+    qunsetenv("TEMP");
+}
+
 struct Row
 {
     const char* name;

@@ -4,10 +4,16 @@
 #include "support/ProgramRun.h"
 #include "support/SampleImages.h"
 #include "support/SamplePdf.h"
+#include "support/SearchPath.h"
 #include "support/TemporaryFolder.h"
 #include "support/TiffFile.h"
 
 #include <gtest/gtest.h>
+
+#include <optional>
+#include <ostream>
+
+#include <unistd.h>
 
 namespace {
 
@@ -46,6 +52,64 @@ TEST_F(FencedProgram, NeedsNoPlaceForTemporaryFiles)
     ProgramStart start = conversion();
     start.environment["TMPDIR"] = m_other.path("none");
     EXPECT_EQ(runProgram(start).exitStatus, 0);
+    EXPECT_EQ(readTiff(m_folder.path("out.tif")).size(), 3U);
+}
+
+struct Row
+{
+    const char* name;
+    const char* variable;
+    std::optional<std::string> value;
+};
+
+void PrintTo(const Row& row, std::ostream* stream)
+{
+    *stream << row.name;
+}
+
+// What a user's surroundings may be like.
+const Row rows[] = {
+    {"NoHome", "HOME", std::nullopt},
+    {"AnEmptyHome", "HOME", ""},
+    {"AHomeThatDoesNotExist", "HOME", "/nonexistent"},
+    {"AHomeThatIsAllThereIs", "HOME", "/"},
+    {"AnEmptyFolderForTemporaryFiles", "TMPDIR", ""},
+    {"ARelativeFolderForTemporaryFiles", "TMPDIR", "."},
+    {"AnotherFileSystemForTemporaryFiles", "TMPDIR", "/dev/shm"},
+    {"AFolderForTemporaryFilesThatNobodyMayChange", "TMPDIR", "/proc"},
+    {"OwnDataFolder", "XDG_DATA_HOME", "/nonexistent"},
+    {"OwnConfigurationFolder", "XDG_CONFIG_HOME", "/nonexistent"},
+    {"OwnCacheFolder", "XDG_CACHE_HOME", "/nonexistent"},
+    {"ANameOnlyForTheConfigurationOfFonts", "FONTCONFIG_FILE", "fonts.conf"},
+    {"SeveralFoldersOfConfigurations", "FONTCONFIG_PATH", "/nonexistent:/etc/fonts"},
+    {"OptionsOfGhostscript", "GS_OPTIONS", "-dNumRenderingThreads=2"},
+};
+
+class FencedProgramWith : public FencedProgram, public testing::WithParamInterface<Row>
+{
+};
+
+TEST_P(FencedProgramWith, ConvertsAsEver)
+{
+    ProgramStart start = conversion();
+    start.environment[GetParam().variable] = GetParam().value;
+    const ProgramResult result = runProgram(start);
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.error, "");
+    EXPECT_EQ(readTiff(m_folder.path("out.tif")).size(), 3U);
+}
+
+INSTANTIATE_TEST_SUITE_P(FencedProgram, FencedProgramWith, testing::ValuesIn(rows),
+                         [](const auto& test) { return std::string{test.param.name}; });
+
+TEST_F(FencedProgram, FindsGhostscriptThroughSeveralLinks)
+{
+    const std::string path = m_other.path("gs");
+    ASSERT_EQ(symlink("/usr/bin/gs", m_other.path("alternative").c_str()), 0);
+    ASSERT_EQ(symlink("alternative", path.c_str()), 0);
+    const SearchPath links(SearchPath::withFirst(m_other.qPath(QString())));
+    const ProgramResult result = runProgram(conversion());
+    EXPECT_EQ(result.exitStatus, 0) << result.error;
     EXPECT_EQ(readTiff(m_folder.path("out.tif")).size(), 3U);
 }
 
