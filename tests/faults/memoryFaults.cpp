@@ -6,9 +6,9 @@
 // FAULT_FILE    a file; allocations count from when the program first looks
 //               whether it exists
 // FAULT_LASTS   "1" if all later ones fail as well
-// FAULT_REPORT  a file that comes into being when the fault strikes: the call
-//               stack of the allocation and, if the program crashes, a line
-//               "crash" with the call stack of that
+// FAULT_REPORT  a file that is empty until the fault strikes: the call stack of
+//               the allocation and, if the program crashes, a line "crash" with
+//               the call stack of that
 
 #include <algorithm>
 #include <array>
@@ -54,7 +54,7 @@ constexpr int stackDepth = 64;
 long faultNumber = 0;
 bool faultLasts = false;
 const char* faultFile = "";
-const char* faultReport = nullptr;
+int faultReport = -1;
 bool isFileLookedFor = false;
 std::atomic<long> allocations = 0;
 
@@ -62,11 +62,9 @@ void reportStack(const char* title)
 {
     void* frames[stackDepth];
     const int depth = backtrace(frames, stackDepth);
-    const int report = open(faultReport, O_CREAT | O_WRONLY | O_APPEND | O_CLOEXEC, 0600);
-    if (write(report, title, std::strlen(title)) > 0) {
-        backtrace_symbols_fd(frames, depth, report);
+    if (write(faultReport, title, std::strlen(title)) > 0) {
+        backtrace_symbols_fd(frames, depth, faultReport);
     }
-    close(report);
 }
 
 constexpr std::array<int, 3> crashSignals = {SIGABRT, SIGBUS, SIGSEGV};
@@ -106,7 +104,8 @@ __attribute__((constructor)) void readSettings()
         libcSigaction(number, &action, nullptr);
     }
     faultFile = setting("FAULT_FILE");
-    faultReport = setting("FAULT_REPORT");
+    // Later the program has put up its fence, and no file can be made.
+    faultReport = open(setting("FAULT_REPORT"), O_CREAT | O_WRONLY | O_APPEND | O_CLOEXEC, 0600);
     faultLasts = std::strcmp(setting("FAULT_LASTS"), "1") == 0;
     faultNumber = std::atol(setting("FAULT_NUMBER"));
 }

@@ -2,7 +2,7 @@
 // until it is let go. Qt has to start children the old way, with fork(), as on a
 // kernel without descriptors for processes.
 //
-// START_REPORT  a file that comes into being when there is a child
+// START_REPORT  a file that is empty until there is a child
 // START_GO      a file; the program goes on when it is there
 
 #include <cerrno>
@@ -33,10 +33,21 @@ const char* setting(const char* name)
     return value == nullptr ? "" : value;
 }
 
-// Runs before main(): the programs that are run meanwhile are none of its business.
-__attribute__((constructor)) void leaveOthersAlone()
+int startReport = -1;
+
+// Runs before main(): the programs that are run meanwhile are none of its business,
+// and later this one has put up its fence, and no file can be made.
+__attribute__((constructor)) void prepare()
 {
     unsetenv("LD_PRELOAD");
+    startReport = open(setting("START_REPORT"), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
+}
+
+void report()
+{
+    if (write(startReport, "\n", 1) != 1) {
+        std::abort();
+    }
 }
 
 void waitUntilLetGo()
@@ -54,7 +65,7 @@ pid_t slowFork()
 {
     const pid_t child = original<pid_t()>("fork")();
     if (child > 0) {
-        close(open(setting("START_REPORT"), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+        report();
         waitUntilLetGo();
     }
     return child;

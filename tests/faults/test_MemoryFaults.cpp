@@ -96,7 +96,8 @@ protected:
                 << where;
         }
         std::filesystem::remove(m_output);
-        return std::filesystem::remove(m_report);
+        std::filesystem::remove(m_report);
+        return !report.empty();
     }
 
 private:

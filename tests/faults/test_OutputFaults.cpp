@@ -89,7 +89,8 @@ protected:
                                          {"FAULT_NUMBER", std::to_string(number)},
                                          {"FAULT_LASTS", GetParam().lasts},
                                          {"FAULT_REPORT", report}}));
-        const bool hasStruck = std::filesystem::remove(report);
+        const bool hasStruck = !std::filesystem::is_empty(report);
+        std::filesystem::remove(report);
         if (result.exitStatus == 0 || !hasStruck) {
             EXPECT_TRUE(Conversion::hasSucceeded(result, m_pages.output(), m_pages.content()))
                 << "call " << number;

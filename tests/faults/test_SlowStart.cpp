@@ -24,8 +24,7 @@ protected:
             MORVALTIDE_SLOW_START, {{"START_GO", m_go}, {"START_REPORT", m_report}});
         start.ignoredSignals = ignoredSignals;
         ProgramRun run(start);
-        EXPECT_TRUE(waitUntil([this] { return std::filesystem::exists(m_report); }))
-            << "Ghostscript was not started";
+        EXPECT_TRUE(waitUntil([this] { return hasReported(); })) << "Ghostscript was not started";
         EXPECT_TRUE(std::filesystem::exists(m_output));
         run.sendSignal(SIGPIPE);
         m_folder.write("go", "");
@@ -36,6 +35,11 @@ protected:
     std::string m_output = m_folder.path("out.tif");
 
 private:
+    bool hasReported() const
+    {
+        return std::filesystem::exists(m_report) && !std::filesystem::is_empty(m_report);
+    }
+
     std::string m_go = m_folder.path("go");
     std::string m_report = m_folder.path("report");
 };

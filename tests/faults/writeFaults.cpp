@@ -6,7 +6,7 @@
 // FAULT_KIND    "ENOSPC", "EIO", "EINTR" or "short"
 // FAULT_NUMBER  the call on that file that is hit, counted from 1
 // FAULT_LASTS   "1" if all later calls are hit as well
-// FAULT_REPORT  a file that comes into being when the fault strikes
+// FAULT_REPORT  a file that is empty until the fault strikes
 
 #include <algorithm>
 #include <cerrno>
@@ -37,7 +37,8 @@ struct Fault
     std::string kind = setting("FAULT_KIND");
     long number = std::atol(setting("FAULT_NUMBER").c_str());
     bool lasts = setting("FAULT_LASTS") == "1";
-    std::string report = setting("FAULT_REPORT");
+    // Later the program has put up its fence, and no file can be made.
+    int report = open(setting("FAULT_REPORT").c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
     bool isFileKnown = false;
     struct stat info = {};
     long count = 0;
@@ -68,7 +69,7 @@ struct Fault
         if (count < number || (count > number && !lasts)) {
             return false;
         }
-        syscall(SYS_close, open(report.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+        syscall(SYS_write, report, "\n", 1);
         return true;
     }
 
