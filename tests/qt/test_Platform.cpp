@@ -21,8 +21,8 @@ TEST(Platform, HasADefaultFontOf12Points)
 
 TEST(Platform, HasAScreenOf100DotsPerInch)
 {
-    EXPECT_EQ(QGuiApplication::primaryScreen()->logicalDotsPerInchX(), 100.0);
-    EXPECT_EQ(QGuiApplication::primaryScreen()->logicalDotsPerInchY(), 100.0);
+    EXPECT_DOUBLE_EQ(QGuiApplication::primaryScreen()->logicalDotsPerInchX(), 100.0);
+    EXPECT_DOUBLE_EQ(QGuiApplication::primaryScreen()->logicalDotsPerInchY(), 100.0);
 }
 
 TEST(Platform, DrawsNothingAtAScale)
