@@ -1,13 +1,16 @@
 // What Ghostscript answers: the page sizes and the pixels of the pages.
 //
-// The child process is left out: this program has its own definition of the
-// functions that run it, which hand over the input instead.
+// The child process is left out: this program has its own definitions of the
+// classes that run it, which hand over the input instead.
 
 #include "Require.h"
 
 #include "app/settings/RenderSize.h"
+#include "fence/ChildFence.h"
+#include "process/ChildProcess.h"
 #include "process/ProcessOutputHandler.h"
 #include "process/ProcessWrapper.h"
+#include "process/RunningProcess.h"
 #include "render/pdf/ImagePdfRenderer.h"
 
 #include <QByteArray>
@@ -40,6 +43,27 @@ QTemporaryFile& document()
 
 } // namespace
 
+// A child that is still running after its last wait is one of the answers.
+ChildProcess::ChildProcess(ProcessChannelMode /*channelMode*/) : m_parentPid(0), m_hasPipe(false)
+{
+    if (pixels->ConsumeBool()) {
+        setProcessState(QProcess::Running);
+    }
+}
+
+ChildProcess::~ChildProcess()
+{
+    setProcessState(QProcess::NotRunning);
+}
+
+void ChildProcess::setupChildProcess() {}
+
+ProcessWrapper::ProcessWrapper(QProcess& process, int timeoutMs)
+    : m_process(process),
+      m_timeoutMs(timeoutMs)
+{
+}
+
 bool ProcessWrapper::executeProcess(const QString& /*program*/, const QStringList& /*arguments*/,
                                     QByteArray* output)
 {
@@ -47,8 +71,11 @@ bool ProcessWrapper::executeProcess(const QString& /*program*/, const QStringLis
     return true;
 }
 
-bool ProcessWrapper::executeProcess(const QString& /*program*/, const QStringList& /*arguments*/,
-                                    ProcessOutputHandler* handler)
+RunningProcess::RunningProcess(const QString& /*program*/, const QStringList& /*arguments*/) {}
+
+void RunningProcess::receive(std::size_t /*limit*/) {}
+
+bool RunningProcess::read(ProcessOutputHandler* handler)
 {
     constexpr std::size_t maximumSize = 5000;
     while (pixels->remaining_bytes() > 0 && pixels->ConsumeBool()) {

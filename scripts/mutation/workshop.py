@@ -1,0 +1,158 @@
+"""A copy of the project in which faults are planted, and its test programs."""
+
+import json
+import os
+import pathlib
+import re
+import shutil
+import signal
+import subprocess
+import time
+
+# Without a line for so long, a test program hangs. The longest case that only
+# computes takes a few seconds; others wait for time limits of the program.
+SILENCE_SECONDS = 60
+SILENCE_SECONDS_OF_WAITING = 240
+WAITING = {"test_slow_faults", "test_memory_faults", "test_huge_images", "test_hylafax"}
+LEFT_OUT = {"test_hylafax_server"}  # touches the machine
+
+# A faulty program may send signals to anybody and remove anything. It sees no
+# process but its own and, where root could harm others, can write nowhere else.
+CAGE = """
+mount --make-rprivate / && mount --bind "$0" "$0" && mount -o remount,bind,ro / &&
+    mount -t tmpfs tmpfs /tmp && exec "$@"
+"""
+
+
+def caged(command, folder):
+    apart = ["unshare", "--pid", "--fork", "--kill-child", "--mount-proc"]
+    if os.geteuid() != 0:
+        return [*apart, "--user", "--map-current-user", *command]
+    return [*apart, "--mount", "sh", "-c", CAGE, str(folder), *command]
+
+
+class Workshop:
+    """One copy, for one fault at a time."""
+
+    def __init__(self, top, folder):
+        self.top = top
+        self.folder = folder
+        self.copy = folder / "copy"
+        self.build = folder / "build"
+        self.log = folder / "log"
+        self.environment = {**os.environ, "TMPDIR": str(folder / "tmp"),
+                            "XDG_CACHE_HOME": str(folder / "tmp"), "HOME": str(folder / "tmp")}
+        self.programs = []
+        self.libraries = {}
+
+    def prepare(self):
+        """Copies the project and builds it."""
+        shutil.rmtree(self.copy, ignore_errors=True)
+        (self.folder / "tmp").mkdir(parents=True, exist_ok=True)
+        (self.folder / "tmp").chmod(0o777)
+        names = subprocess.run(["git", "ls-files", "-z"], cwd=self.top, check=True, text=True,
+                               stdout=subprocess.PIPE).stdout.split("\0")[:-1]
+        for name in names:
+            (self.copy / name).parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy2(self.top / name, self.copy / name)
+        for command in (["cmake", "-S", str(self.copy), "-B", str(self.build), "-G", "Ninja",
+                         "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0 -g0",
+                         "-DBUILD_TESTING=ON"],
+                        ["cmake", "--build", str(self.build)]):
+            subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
+        self.programs = sorted(path for path in (self.build / "tests").rglob("test_*")
+                               if path.is_file() and os.access(path, os.X_OK)
+                               and path.name not in LEFT_OUT)
+        for program in self.programs:
+            inputs = self._ninja("-t", "inputs", self._target(program)).stdout.splitlines()
+            self.libraries[program] = {str(pathlib.Path(name).parent) for name in inputs
+                                       if name.startswith("src/") and name.endswith(".cpp.o")}
+
+    def _target(self, program):
+        return str(program.relative_to(self.build))
+
+    def _ninja(self, *arguments):
+        return subprocess.run(["ninja", *arguments], cwd=self.build, text=True,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
+
+    def _own_suites(self, program, stem):
+        """The suites in the test files of one source."""
+        listing = self.folder / "cases.json"
+        listing.unlink(missing_ok=True)
+        subprocess.run([str(program), "--gtest_list_tests", f"--gtest_output=json:{listing}"],
+                       stdout=subprocess.DEVNULL, check=False, env=self.environment)
+        if not listing.exists():
+            return []  # it does not even start
+        suites = json.loads(listing.read_text())["testsuites"]
+        return [suite["name"] for suite in suites
+                if any(pathlib.Path(case["file"]).stem.startswith(f"test_{stem}")
+                       for case in suite["testsuite"])]
+
+    def steps(self, file):
+        """Which programs, with which filters, could notice a fault of a source: the
+        nearest first, those that mostly wait last."""
+        source = pathlib.Path(file)
+        folder = self.build / "tests" / source.parent.relative_to("src")
+
+        def distance(program):
+            common = pathlib.Path(os.path.commonpath([folder, program.parent]))
+            return (program.name in WAITING, -len(common.parts), program.parent != folder,
+                    program.name)
+
+        def sees(program):
+            return any(name.startswith(str(source.parent) + "/CMakeFiles/")
+                       for name in self.libraries[program])
+
+        for program in sorted(filter(sees, self.programs), key=distance):
+            own = program.parent == folder and self._own_suites(program, source.stem)
+            if own:
+                own = ":".join(f"{suite}.*" for suite in own)
+                yield program, own
+                yield program, "-" + own
+            else:
+                yield program, "*"
+
+    def failure(self, program, cases="*"):
+        """What a program says against the present state; empty if all is well."""
+        limit = SILENCE_SECONDS_OF_WAITING if program.name in WAITING else SILENCE_SECONDS
+        command = [str(program), "--gtest_fail_fast", "--gtest_brief=0", f"--gtest_filter={cases}"]
+        with open(self.log, "wb") as log:
+            child = subprocess.Popen(caged(command, self.folder), cwd=self.build, stdout=log,
+                                     stderr=subprocess.DEVNULL, stdin=subprocess.DEVNULL,
+                                     env=self.environment, start_new_session=True)
+        try:
+            size, since = 0, time.monotonic()
+            while child.poll() is None:
+                time.sleep(0.05)
+                if self.log.stat().st_size != size:
+                    size, since = self.log.stat().st_size, time.monotonic()
+                if time.monotonic() - since > limit:
+                    return f"{program.name} hangs in {self._last('RUN')}"
+        finally:
+            if child.poll() is None:
+                os.killpg(child.pid, signal.SIGKILL)
+                child.wait()
+        if child.returncode == 0:
+            return ""
+        return f"{program.name}: {self._last('FAILED') or self._last('RUN') or 'does not start'}"
+
+    def _last(self, word):
+        text = self.log.read_text(errors="replace")
+        found = re.findall(rf"^\[ *{word} *\] (\w\S*\.\w\S*)", text, re.M)
+        return found[-1].rstrip(",") if found else ""
+
+    def try_fault(self, fault):
+        """"does not compile", what notices the fault, or an empty text."""
+        path = self.copy / fault.file
+        original = path.read_text()
+        path.write_text(fault.planted(original))
+        try:
+            for program, cases in self.steps(fault.file):
+                targets = {self._target(program), "src/app/morvaltide"}
+                if self._ninja("-k", "1", *sorted(targets)).returncode != 0:
+                    return "does not compile"
+                if failure := self.failure(program, cases):
+                    return failure
+            return ""
+        finally:
+            path.write_text(original)
