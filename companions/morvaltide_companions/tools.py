@@ -3,8 +3,9 @@
 import os
 import re
 import shutil
-import signal
 import subprocess
+
+from morvaltide_companions import children
 
 # So much of what a program says is looked at; a hostile document may make one
 # talk without end.
@@ -50,13 +51,13 @@ def remarks(words):
 
 
 class Result:
-    """How a program ended: its status (below 0: the signal that ended it), its
-    words on standard error, and whether it ran out of time."""
+    """How a program ended: its status as of children.run(), its words, and whether
+    it ran out of time."""
 
-    def __init__(self, status, words, late):
+    def __init__(self, status, words):
         self.status = status
         self.words = words
-        self.late = late
+        self.late = status is None
 
     def reason(self):
         """Why it failed, in one line: the last line that it said, if any."""
@@ -69,62 +70,13 @@ class Result:
 
 
 def run(arguments, seconds, words_path, stdin=subprocess.DEVNULL, folder=None):
-    """Runs a program, in a folder; what it prints goes to the file `words_path`.
-
-    The program gets a process group of its own, all of which is killed when the
-    time is over or when this program is interrupted.
-    """
+    """Runs a program, in a folder, as children.run(); what it prints goes to the
+    file `words_path`."""
     with open(words_path, "wb") as words:
-        child = subprocess.Popen(
-            arguments,
-            stdin=stdin,
-            stdout=words,
-            stderr=words,
-            start_new_session=True,
-            cwd=folder,
-        )
-    late = False
-    try:
-        child.wait(seconds)
-    except subprocess.TimeoutExpired:
-        late = True
-    finally:
-        # What it left running has no business any more either.
-        try:
-            os.killpg(child.pid, signal.SIGKILL)
-        except ProcessLookupError:
-            pass
-        child.wait()
+        status = children.run(
+            arguments, seconds, stdin=stdin, stdout=words, stderr=words, cwd=folder)
     with open(words_path, "rb") as words:
         size = words.seek(0, os.SEEK_END)
         words.seek(max(0, size - _MAX_WORDS))
         text = words.read().decode("utf-8", "replace")
-    return Result(child.returncode, text, late)
-
-
-class Interrupted(BaseException):
-    """A signal asked the program to end."""
-
-    def __init__(self, number):
-        super().__init__(number)
-        self.number = number
-
-
-def raise_on_signals():
-    """Lets the signals that ask a program to end unwind it, so that it tidies up."""
-
-    def interrupt(number, _):
-        # A second one must not break the tidying up.
-        for each in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
-            signal.signal(each, signal.SIG_IGN)
-        raise Interrupted(number)
-
-    for each in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
-        if signal.getsignal(each) != signal.SIG_IGN:
-            signal.signal(each, interrupt)
-
-
-def end_by_signal(number):
-    """Ends this program as the signal would have done."""
-    signal.signal(number, signal.SIG_DFL)
-    os.kill(os.getpid(), number)
+    return Result(status, text)

@@ -3,12 +3,11 @@
 import getopt
 import os
 import shutil
-import signal
 import tempfile
 
-from morvaltide_companions import VERSION
+from morvaltide_companions import VERSION, children
 
-from . import documents, geometry, report, tools
+from . import documents, geometry, report
 from .failure import Failure, one_line, write_line
 from .outdir import OutFolder
 
@@ -45,14 +44,6 @@ _LONG = ["resolution=", "paper-size=", "margins=", "sharp", "page-photo", "auto"
 
 class _WrongUsage(Exception):
     pass
-
-
-class _Interrupted(BaseException):
-    """A signal asks the program to end."""
-
-    def __init__(self, number: int):
-        super().__init__(number)
-        self.number = number
 
 
 def _say(text: str) -> None:
@@ -92,10 +83,6 @@ def _options(words: dict, program_folder: str) -> documents.Options:
         converter=converter if os.path.exists(converter) else "")
 
 
-def _interrupt(number, _frame):
-    raise _Interrupted(number)
-
-
 def main(arguments: list, program_folder: str) -> int:
     """Runs the program; gives its exit status."""
     try:
@@ -109,9 +96,7 @@ def main(arguments: list, program_folder: str) -> int:
     except _WrongUsage as error:
         _say(f"{one_line(str(error))} (see {_NAME} --help)")
         return _WRONG_USAGE
-    for number in tools.INTERRUPTS:
-        if signal.getsignal(number) != signal.SIG_IGN:
-            signal.signal(number, _interrupt)
+    children.raise_on_signals()
     work = ""
     try:
         work = tempfile.mkdtemp(prefix=f"{_NAME}-")
@@ -119,14 +104,13 @@ def main(arguments: list, program_folder: str) -> int:
     except OSError as error:
         _say(f"can't use a temporary folder: {error.strerror}")
         return _FAILED
-    except _Interrupted as interrupted:
+    except children.Interrupted as interrupted:
         ending = interrupted.number
     finally:
         if work:
             shutil.rmtree(work, ignore_errors=True)
     # Ends as whoever sent the signal expects it.
-    signal.signal(ending, signal.SIG_DFL)
-    os.kill(os.getpid(), ending)
+    children.end_by_signal(ending)
     return 128 + ending
 
 
@@ -161,7 +145,7 @@ def _prepared(names: list, options: documents.Options, work: str) -> tuple:
             os.rename(path, result)
             if options.report:
                 lines += report.lines(name, result, folder, options)
-        except (Failure, OSError, MemoryError) as error:
+        except Exception as error:  # whatever a stranger's document makes happen
             _say(f"can't prepare '{one_line(name)}': {_reason(error)}")
             return [], []
         results.append(result)
@@ -169,9 +153,11 @@ def _prepared(names: list, options: documents.Options, work: str) -> tuple:
     return results, lines
 
 
-def _reason(error: BaseException) -> str:
+def _reason(error: Exception) -> str:
     if isinstance(error, MemoryError):
         return "not enough memory"
     if isinstance(error, OSError):
         return error.strerror or "it cannot be read"
-    return str(error)
+    if isinstance(error, Failure):
+        return str(error)
+    return f"something unforeseen is wrong with it ({type(error).__name__})"

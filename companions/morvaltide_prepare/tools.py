@@ -4,12 +4,12 @@ Every program gets an argument list, works in a private folder, sees neutral
 file names only, and has limits of time, memory and file size.
 """
 
-import ctypes
 import os
 import resource
 import shutil
-import signal
 import subprocess
+
+from morvaltide_companions import children
 
 from .failure import Failure, ToolMissing, one_line
 
@@ -19,20 +19,11 @@ FILE_LIMIT = 2 << 30  # bytes of one file
 _LONGEST_LOG = 1 << 20  # bytes
 LONGEST_REMARK = 150  # characters of what a program said
 
-# The signals that ask the program to end.
-INTERRUPTS = {signal.SIGINT, signal.SIGTERM, signal.SIGHUP}
-
 # They would change what Ghostscript is told to do.
 _UNWANTED_VARIABLES = {"GS_OPTIONS", "GS_DEVICE"}
 
-_PR_SET_PDEATHSIG = 1
-_libc = ctypes.CDLL(None)
 
-
-def _restrict(memory: int, mask: set) -> None:
-    signal.pthread_sigmask(signal.SIG_SETMASK, mask)
-    # A program that is killed takes its children along.
-    _libc.prctl(_PR_SET_PDEATHSIG, signal.SIGKILL)
+def _restrict(memory: int) -> None:
     for limit, value in ((resource.RLIMIT_AS, memory), (resource.RLIMIT_FSIZE, FILE_LIMIT),
                          (resource.RLIMIT_CPU, TIME_LIMIT), (resource.RLIMIT_CORE, 0)):
         hard = resource.getrlimit(limit)[1]
@@ -62,39 +53,14 @@ def run(command: list, folder: str, output: str = "", memory: int = MEMORY_LIMIT
     log = os.path.join(folder, "log")
     open(log, "wb").close()
     with open(log, "ab") as said, open(os.path.join(folder, output or "log"), "ab") as written:
-        child = _started(command, folder, environment, written, said, memory)
-        try:
-            signal.pthread_sigmask(signal.SIG_UNBLOCK, INTERRUPTS)
-            status = child.wait(TIME_LIMIT)
-        except subprocess.TimeoutExpired:
-            name = os.path.basename(command[0])
-            raise Failure(f"{name} was stopped after {TIME_LIMIT} seconds") from None
-        finally:
-            _end_group(child)
+        status = children.run(command, TIME_LIMIT, lambda: _restrict(memory), cwd=folder,
+                              env=environment, stdin=subprocess.DEVNULL, stdout=written,
+                              stderr=said)
+    if status is None:
+        name = os.path.basename(command[0])
+        raise Failure(f"{name} was stopped after {TIME_LIMIT} seconds")
     with open(log, "rb") as file:
         return status, file.read(_LONGEST_LOG).decode("utf-8", "replace")
-
-
-def _started(command, folder, environment, written, said, memory):
-    """The running child. Interrupts are blocked then: one that came in between
-    would leave a child that nobody knows."""
-    mask = signal.pthread_sigmask(signal.SIG_BLOCK, INTERRUPTS)
-    try:
-        return subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL,
-                                stdout=written, stderr=said, start_new_session=True,
-                                preexec_fn=lambda: _restrict(memory, mask))
-    except BaseException:
-        signal.pthread_sigmask(signal.SIG_SETMASK, mask)
-        raise
-
-
-def _end_group(child) -> None:
-    # What the program itself has started goes with it.
-    try:
-        os.killpg(child.pid, signal.SIGKILL)
-    except ProcessLookupError:
-        pass
-    child.wait()
 
 
 def failed(program: str, status: int, said: str) -> Failure:

@@ -180,13 +180,20 @@ while [ $# -gt 2 ]; do shift; done
 mkdir "$1" && cp "$2" "$1/0001.png"
 """)
         self.arrive("a.png")
-        ended = self.run_program(program, "--prepare", "fax", "--", "-rstandard", "--margins=0.5",
-                                 "-c", "g4", "--paper", "letter", "-R", "-90")
+        ended = self.run_program(
+            program, "--prepare", "--auto", "--sharp", "fax", "--", "-rstandard", "--margins=0.5",
+            "-c", "g4", "--paper", "letter", "-R", "-90")
         self.assertEqual(ended, (0, ""))
         with open(self.path("called"), encoding="utf-8") as file:
             *options, _, _ = file.read().split()
-        self.assertEqual(options, [
-            "-r", "standard", "--margins", "0.5", "--paper-size", "letter"])
+        self.assertEqual(options, ["--auto", "--sharp", "-r", "standard", "--margins", "0.5",
+                                   "--paper-size", "letter"])
+
+    def test_documents_that_are_not_prepared_take_no_option_for_that(self):
+        self.arrive("a.png")
+        for kind in ((), ("--mail",)):
+            (*_, line) = self.watch(*kind, "--page-photo", "fax", expected=2)
+            self.assertEqual(line, "morvaltide-watch: error: --page-photo needs --prepare")
 
     def test_prepared_documents_are_not_fitted_once_more(self):
         self.arrive("a.png")

@@ -259,6 +259,18 @@ class Refused(support.CompanionTest):
             with self.subTest(offset=offset):
                 self.assertEqual(self.refused("far.tif"), "the TIFF file is damaged")
 
+    def test_what_nobody_has_thought_of(self):
+        pathlib.Path("a").touch()
+        code = ("import sys; from morvaltide_prepare import cli, documents; "
+                "documents.prepare = lambda *_: {}['key']; sys.exit(cli.main(sys.argv[1:], ''))")
+        result = subprocess.run(
+            [sys.executable, "-c", code, "out", "a"], capture_output=True,
+            env={**os.environ, "PYTHONPATH": str(support.SOURCES / "companions")})
+        self.assertEqual((result.returncode, result.stderr.decode()), (
+            1, "morvaltide-prepare: can't prepare 'a': something unforeseen is wrong with it "
+            "(KeyError)\n"))
+        self.assertFalse(os.path.exists("out"))
+
     def test_tiff_whose_numbers_are_words(self):
         # Orientation and width as text: neither says anything, and no picture is left.
         entries = b"".join(struct.pack("<HHI4s", tag, 2, 4, b"word") for tag in (256, 274))
