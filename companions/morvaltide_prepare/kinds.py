@@ -47,7 +47,10 @@ _REFUSED = (
 _OLD_OFFICE = ("WordDocument", "Workbook", "Book", "PowerPoint Document")
 _OUTLOOK = "__substg1.0"
 
-_MARKUP = re.compile(rb"\s*(?:<\?xml[^>]*\?>\s*)?(?:<!--.*?-->\s*)*<(!doctype\s+)?(html|svg)\b",
+# A comment ends at its first end: otherwise many of them could be divided in so
+# many ways that trying all takes for ever.
+_MARKUP = re.compile(rb"\s*(?:<\?xml[^>]*\?>\s*)?(?:(?><!--.*?-->)\s*)*"
+                     rb"<(!doctype\s+)?(html|svg)\b",
                      re.IGNORECASE | re.DOTALL)
 _MAIL = re.compile(rb"(?:[!-9;-~]+:[^\n]*\n(?:[ \t][^\n]*\n)*)*?(?:Received|MIME-Version):",
                    re.IGNORECASE)

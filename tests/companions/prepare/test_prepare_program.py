@@ -234,6 +234,11 @@ class Refused(support.CompanionTest):
             with self.subTest(text=text):
                 self.assertEqual(self.prepared("text", out=f"out{number}"), ["0001.pdf"])
 
+    def test_many_comments(self):
+        # Trying all ways to divide them would take longer than the universe is old.
+        pathlib.Path("document").write_bytes(b"<!---->" * 500 + bytes(range(1, 9)) * 10)
+        self.assertEqual(self.refused("document"), "unknown data cannot be faxed")
+
     def test_archives(self):
         with zipfile.ZipFile("document.docx", "w") as archive:
             archive.writestr("word/other.xml", "x")
