@@ -46,24 +46,25 @@ void fillAllocated(const volatile void* block, std::size_t size)
 void ignoreFreed(const volatile void* /*block*/) {}
 
 // A mutation leaves the checksums of a PNG file behind, and the decoder would look
-// no further.
-void correctChecksums(QByteArray& content)
+// no further. For a chunk that is longer than the file it would clear so much
+// memory, up to 2 GiB, before it notices: such a chunk ends with the file.
+void correctChunks(QByteArray& content)
 {
     constexpr int signatureBytes = 8;
     constexpr int wordBytes = 4;
-    for (qint64 chunk = signatureBytes; chunk + 3 * wordBytes <= content.size();) {
-        const qint64 typeAndData = chunk + wordBytes;
-        const qint64 end =
-            typeAndData + wordBytes + qFromBigEndian<quint32>(content.constData() + chunk);
-        if (end + wordBytes > content.size()) {
-            return;
-        }
+    int chunk = signatureBytes;
+    while (chunk + 3 * wordBytes <= content.size()) {
+        const auto longest = static_cast<quint32>(content.size() - chunk - 3 * wordBytes);
+        const quint32 length =
+            std::min(qFromBigEndian<quint32>(content.constData() + chunk), longest);
+        qToBigEndian<quint32>(length, content.data() + chunk);
+        const int end = chunk + 2 * wordBytes + static_cast<int>(length);
         boost::crc_32_type checksum;
-        checksum.process_bytes(content.constData() + typeAndData,
-                               static_cast<std::size_t>(end - typeAndData));
+        checksum.process_block(content.constData() + chunk + wordBytes, content.constData() + end);
         qToBigEndian<quint32>(checksum.checksum(), content.data() + end);
         chunk = end + wordBytes;
     }
+    content.truncate(chunk);
 }
 
 QImage page(const QByteArray& format, QByteArray content, unsigned long index, int memory)
@@ -89,8 +90,7 @@ QImage page(const QByteArray& format, QByteArray content, unsigned long index, i
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const int hooks =
-        __sanitizer_install_malloc_and_free_hooks(fillAllocated, ignoreFreed);
+    static const int hooks = __sanitizer_install_malloc_and_free_hooks(fillAllocated, ignoreFreed);
     require(hooks != 0, "memory can be filled");
     if (size == 0) {
         return 0;
@@ -99,7 +99,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QByteArray& format = formats[data[0] % std::size(formats)];
     QByteArray content(reinterpret_cast<const char*>(data + 1), static_cast<int>(size - 1));
     if (content.startsWith("\x89PNG")) {
-        correctChecksums(content);
+        correctChunks(content);
     }
 
     QBuffer device(&content);
