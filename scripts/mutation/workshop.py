@@ -42,11 +42,11 @@ class Workshop:
         self.log = folder / "log"
         self.environment = {**os.environ, "TMPDIR": str(folder / "tmp"),
                             "XDG_CACHE_HOME": str(folder / "tmp"), "HOME": str(folder / "tmp")}
-        self.programs = []
-        self.libraries = {}
+        self.sources = {}  # of each test program: the folders of src/ that it is made of
+        self.passing = set()
 
     def prepare(self):
-        """Copies the project and builds it."""
+        """Copies the project; it is built as far as it is needed."""
         shutil.rmtree(self.copy, ignore_errors=True)
         (self.folder / "tmp").mkdir(parents=True, exist_ok=True)
         (self.folder / "tmp").chmod(0o777)
@@ -55,18 +55,17 @@ class Workshop:
         for name in names:
             (self.copy / name).parent.mkdir(parents=True, exist_ok=True)
             shutil.copy2(self.top / name, self.copy / name)
-        for command in (["cmake", "-S", str(self.copy), "-B", str(self.build), "-G", "Ninja",
-                         "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0 -g0",
-                         "-DBUILD_TESTING=ON"],
-                        ["cmake", "--build", str(self.build)]):
-            subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
-        self.programs = sorted(path for path in (self.build / "tests").rglob("test_*")
-                               if path.is_file() and os.access(path, os.X_OK)
-                               and path.name not in LEFT_OUT)
-        for program in self.programs:
-            inputs = self._ninja("-t", "inputs", self._target(program)).stdout.splitlines()
-            self.libraries[program] = {str(pathlib.Path(name).parent) for name in inputs
-                                       if name.startswith("src/") and name.endswith(".cpp.o")}
+        subprocess.run(["cmake", "-S", str(self.copy), "-B", str(self.build), "-G", "Ninja",
+                        "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-O0 -g0",
+                        "-DBUILD_TESTING=ON"], check=True, stdout=subprocess.DEVNULL)
+        targets = re.findall(r"^(tests/\S*/test_\w+): CXX_EXECUTABLE",
+                             self._ninja("-t", "targets", "all").stdout, re.M)
+        for target in targets:
+            program = self.build / target
+            if program.name not in LEFT_OUT:
+                inputs = self._ninja("-t", "inputs", target).stdout.splitlines()
+                self.sources[program] = {name.split("/CMakeFiles/")[0] for name in inputs
+                                         if name.startswith("src/") and name.endswith(".cpp.o")}
 
     def _target(self, program):
         return str(program.relative_to(self.build))
@@ -77,6 +76,8 @@ class Workshop:
 
     def _own_suites(self, program, stem):
         """The suites in the test files of one source."""
+        if not program.exists():
+            self.built(program)
         listing = self.folder / "cases.json"
         listing.unlink(missing_ok=True)
         subprocess.run([str(program), "--gtest_list_tests", f"--gtest_output=json:{listing}"],
@@ -99,11 +100,9 @@ class Workshop:
             return (program.name in WAITING, -len(common.parts), program.parent != folder,
                     program.name)
 
-        def sees(program):
-            return any(name.startswith(str(source.parent) + "/CMakeFiles/")
-                       for name in self.libraries[program])
-
-        for program in sorted(filter(sees, self.programs), key=distance):
+        seeing = [program for program, sources in self.sources.items()
+                  if str(source.parent) in sources]
+        for program in sorted(seeing, key=distance):
             own = program.parent == folder and self._own_suites(program, source.stem)
             if own:
                 own = ":".join(f"{suite}.*" for suite in own)
@@ -141,18 +140,32 @@ class Workshop:
         found = re.findall(rf"^\[ *{word} *\] (\w\S*\.\w\S*)", text, re.M)
         return found[-1].rstrip(",") if found else ""
 
+    def built(self, program):
+        return self._ninja(self._target(program), "src/app/morvaltide").returncode == 0
+
+    def check(self, program):
+        """Ends all if a program that has failed does so without a fault, too."""
+        if program not in self.passing:
+            failure = self.failure(program) if self.built(program) else "does not compile"
+            if failure:
+                raise SystemExit(f"scripts/mutate: without a fault, {program.name}: {failure}")
+            self.passing.add(program)
+
     def try_fault(self, fault):
         """"does not compile", what notices the fault, or an empty text."""
         path = self.copy / fault.file
         original = path.read_text()
         path.write_text(fault.planted(original))
+        noticed = ""
         try:
             for program, cases in self.steps(fault.file):
-                targets = {self._target(program), "src/app/morvaltide"}
-                if self._ninja("-k", "1", *sorted(targets)).returncode != 0:
+                if not self.built(program):
                     return "does not compile"
-                if failure := self.failure(program, cases):
-                    return failure
-            return ""
+                noticed = self.failure(program, cases)
+                if noticed:
+                    break
         finally:
             path.write_text(original)
+        if noticed:
+            self.check(program)
+        return noticed
