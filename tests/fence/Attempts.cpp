@@ -120,4 +120,7 @@ void Attempts::prepare(const Surroundings& surroundings)
     if (surroundings.seccompError != 0) {
         refuse(SYS_seccomp, SYS_seccomp, surroundings.seccompError);
     }
+    if (surroundings.closeRangeError != 0) {
+        refuse(SYS_close_range, SYS_close_range, surroundings.closeRangeError);
+    }
 }

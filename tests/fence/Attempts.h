@@ -22,6 +22,7 @@ struct Surroundings
     int newestAbi = LandlockInterface::newestAbi;
     int landlockError = 0;       ///< All calls of Landlock fail with it; 0 for none.
     int seccompError = 0;        ///< The call of seccomp fails with it; 0 for none.
+    int closeRangeError = 0;     ///< The call of close_range fails with it; 0 for none.
     bool isOrdinaryUser = false; ///< As root: becomes an ordinary user first.
 };
 

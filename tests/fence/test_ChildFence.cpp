@@ -73,6 +73,10 @@ const AttemptRow rows[] = {
     {"SignallingTheParentByAFile", "signalParentByFile", "", succeeds, fails, fails},
     {"SignallingTheGroupByAFile", "signalGroupByFile", "", succeeds, fails, fails},
     {"SignallingByASocket", "callDevice", "0x8901", succeeds, fails, fails},
+    {"SignallingWithAValue", "reachKernel", MORVALTIDE_CALL(__NR_rt_sigqueueinfo), differs, fails,
+     fails},
+    {"SignallingThroughADescriptor", "reachKernel", MORVALTIDE_CALL(__NR_pidfd_send_signal),
+     succeeds, fails, fails},
     {"SignallingItself", "signalItself", "", succeeds, succeeds, succeeds},
     {"TracingTheParent", "traceParent", "", differs, fails, fails},
     {"OutlivingTheParent", "outliveParent", "", succeeds, fails, fails},
@@ -304,6 +308,21 @@ TEST_F(RealChild, HasTheWholeFence)
     const QByteArray status = system("status");
     EXPECT_TRUE(status.contains("NoNewPrivs:\t1\n")) << status.toStdString();
     EXPECT_TRUE(status.contains("Seccomp:\t2\n")) << status.toStdString();
+}
+
+TEST_F(RealChild, HasOneFilter)
+{
+    const auto filterCount = [](const QByteArray& status) {
+        const QByteArray name = "Seccomp_filters:";
+        const int start = status.indexOf(name);
+        return start < 0 ? -1 : status.mid(start + name.size()).simplified().split(' ')[0].toInt();
+    };
+    const int own = filterCount(contentOf(QStringLiteral("/proc/self/status")));
+    if (own < 0) {
+        GTEST_SKIP() << "Linux before 5.10 does not count them";
+    }
+    start();
+    EXPECT_EQ(filterCount(system("status")), own + 1);
 }
 
 TEST_F(RealChild, HasTheStandardStreamsAndNoOtherDescriptor)

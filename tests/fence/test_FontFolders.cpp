@@ -2,6 +2,8 @@
 
 #include "support/TemporaryFolder.h"
 
+#include <QDir>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -23,6 +25,13 @@ protected:
     void configure(const QByteArray& elements)
     {
         setenv("FONTCONFIG_FILE", m_folder.write("fonts.conf", elements).c_str(), 1);
+    }
+
+    static int descriptorCount()
+    {
+        return QDir(QStringLiteral("/proc/self/fd"))
+            .entryList(QDir::AllEntries | QDir::System)
+            .size();
     }
 
     static bool isReadable(const std::string& path)
@@ -98,6 +107,31 @@ TEST_F(Fonts, OfAConfigurationInTheHomeFolderAreReadable)
     setenv("FONTCONFIG_FILE", "~/own.conf", 1);
     EXPECT_TRUE(isReadable(m_folder.path("") + "/fonts"));
     setenv("HOME", home.c_str(), 1);
+}
+
+TEST_F(Fonts, OfAnIncludedFolderAreThoseOfItsConfigurationFiles)
+{
+    ASSERT_TRUE(QDir(m_folder.qPath(QString())).mkdir(QStringLiteral("conf.d")));
+    m_folder.write("conf.d/more.conf", "<dir>/opt/more</dir>");
+    m_folder.write("conf.d/README", "<dir>/opt/other</dir>");
+    configure("<include>conf.d</include>");
+    const int before = descriptorCount();
+    EXPECT_TRUE(isReadable("/opt/more"));
+    EXPECT_FALSE(isReadable("/opt/other"));
+    EXPECT_EQ(descriptorCount(), before);
+}
+
+TEST_F(Fonts, OfFilesThatIncludeOneAnotherForLongAreLeftOut)
+{
+    for (int i = 0; i < 8; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        m_folder.write((number + ".conf").toStdString(), "<dir>/opt/" + number + "</dir><include>" +
+                                                             QByteArray::number(i + 1) +
+                                                             ".conf</include>");
+    }
+    configure("<include>0.conf</include>");
+    EXPECT_TRUE(isReadable("/opt/4"));
+    EXPECT_FALSE(isReadable("/opt/5"));
 }
 
 TEST_F(Fonts, OfTheUserAreWhereTheEnvironmentSays)

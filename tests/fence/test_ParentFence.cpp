@@ -12,6 +12,7 @@
 #include <fstream>
 #include <memory>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -126,6 +127,7 @@ TEST_P(ConqueredParent, HasThisOutcome)
     expect(GetParam().withAbi2, abiOfDebian12);
     constexpr int abiOfScopes = 6;
     if (LandlockRuleset::kernelAbi() >= abiOfScopes) {
+        expect(GetParam().withNewest, abiOfScopes);
         expect(GetParam().withNewest, newest);
     }
 }
@@ -178,6 +180,22 @@ TEST_F(Output, OnADeviceOpensNoFolder)
     std::ofstream(file) << "content";
     EXPECT_FALSE(m_parent.succeeds("removeFile", file, newest));
     EXPECT_EQ(unlink(file.c_str()), 0);
+}
+
+TEST_F(Output, BehindStandardOutputOpensItsOwnFolderOnly)
+{
+    const auto removes = [this](const std::string& file) {
+        std::ofstream(file) << "content";
+        const int status = Attempts::statusOf([&] {
+            dup2(open(m_parent.output().c_str(), O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
+            const ParentFence fence(InterpreterLocation(QStringLiteral("gs")), "/dev/stdout");
+            return attempt("removeFile", file.c_str());
+        });
+        unlink(file.c_str());
+        return status == 0;
+    };
+    EXPECT_TRUE(removes(m_parent.folder().path("new")));
+    EXPECT_FALSE(removes("/dev/shm/morvaltide-test-" + std::to_string(getpid())));
 }
 
 TEST(ParentFence, OfAWrapperLeavesFilesProgramsAndSocketsAlone)

@@ -69,6 +69,17 @@ TEST_F(TemporaryPlace, KeepsWhatALinkLeadsTo)
     EXPECT_EQ(m_other.entries(), QStringList(QStringLiteral("file")));
 }
 
+TEST_F(TemporaryPlace, IsNotClearedBehindALinkInItsPlace)
+{
+    m_other.write("file", "content");
+    const auto folder = PrivateFolder::shared();
+    ASSERT_EQ(rmdir(folder->path().c_str()), 0);
+    ASSERT_EQ(symlink(m_other.path("").c_str(), folder->path().c_str()), 0);
+    folder->clear();
+    EXPECT_EQ(m_other.entries(), QStringList(QStringLiteral("file")));
+    EXPECT_EQ(unlink(folder->path().c_str()), 0);
+}
+
 TEST_F(TemporaryPlace, ThatDoesNotExistGivesNoFolder)
 {
     qputenv("TMPDIR", QFile::encodeName(m_place.qPath(QStringLiteral("none"))));
