@@ -199,6 +199,22 @@ TEST_P(EachAbi, KeepsFilesSafe)
 INSTANTIATE_TEST_SUITE_P(ChildFence, EachAbi, testing::Range(1, 8),
                          [](const auto& test) { return "Abi" + std::to_string(test.param); });
 
+TEST(ChildFence, StopsTcpByItsRulesAloneFromAbi4On)
+{
+    constexpr int firstAbi = 4;
+    if (LandlockRuleset::kernelAbi() < firstAbi) {
+        GTEST_SKIP() << "no rules for TCP here";
+    }
+    const Scene scene;
+    Attempts::Surroundings surroundings;
+    surroundings.seccompError = ENOSYS;
+    const Attempts::Attempt tcp = {"useTcp", scene.argument("{port}"), ""};
+    for (int abi = firstAbi - 1; abi <= firstAbi; ++abi) {
+        surroundings.newestAbi = abi;
+        EXPECT_EQ(Attempts::succeeds(tcp, surroundings), abi < firstAbi) << abi;
+    }
+}
+
 class MissingFeature : public testing::TestWithParam<int>
 {
 };
