@@ -231,4 +231,11 @@ const Kind kinds[] = {
 INSTANTIATE_TEST_SUITE_P(BilevelImage, BlackAndWhite, testing::ValuesIn(kinds),
                          [](const auto& test) { return std::string{test.param.name}; });
 
+TEST(BilevelImage, CanBePaintedUpTo32767DotsASide)
+{
+    EXPECT_FALSE(BilevelImage::isTooLargeToPaint({32767, 32767}));
+    EXPECT_TRUE(BilevelImage::isTooLargeToPaint({32768, 1}));
+    EXPECT_TRUE(BilevelImage::isTooLargeToPaint({1, 32768}));
+}
+
 } // namespace
