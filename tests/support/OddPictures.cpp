@@ -13,9 +13,6 @@
 
 namespace {
 
-constexpr int width = 131;
-constexpr int height = 97;
-
 struct Colours
 {
     const char* name;
@@ -54,22 +51,24 @@ struct Pass
 constexpr Pass passes[] = {{0, 0, 8, 8}, {4, 0, 8, 8}, {0, 4, 4, 8}, {2, 0, 4, 4},
                            {0, 2, 2, 4}, {1, 0, 2, 2}, {0, 1, 1, 2}};
 
-QByteArray pixels(int bitsPerPixel, bool isInterlaced)
+QByteArray pixels(const QSize& size, int bitsPerPixel, bool isInterlaced)
 {
     if (!isInterlaced) {
-        return rows(width, height, bitsPerPixel);
+        return rows(size.width(), size.height(), bitsPerPixel);
     }
     QByteArray bytes;
     for (const Pass& pass : passes) {
-        bytes += rows((width - pass.x + pass.dx - 1) / pass.dx,
-                      (height - pass.y + pass.dy - 1) / pass.dy, bitsPerPixel);
+        bytes += rows((size.width() - pass.x + pass.dx - 1) / pass.dx,
+                      (size.height() - pass.y + pass.dy - 1) / pass.dy, bitsPerPixel);
     }
     return bytes;
 }
 
-QByteArray png(const Colours& colours, int depth, bool isTransparent, bool isInterlaced)
+QByteArray png(const QSize& size, const Colours& colours, int depth, bool isTransparent,
+               bool isInterlaced)
 {
-    QByteArray header = PngFile::bigEndian(width) + PngFile::bigEndian(height);
+    QByteArray header = PngFile::bigEndian(static_cast<quint32>(size.width())) +
+                        PngFile::bigEndian(static_cast<quint32>(size.height()));
     header += static_cast<char>(depth);
     header += colours.type;
     header += QByteArray(2, '\0');
@@ -86,7 +85,7 @@ QByteArray png(const Colours& colours, int depth, bool isTransparent, bool isInt
         file += PngFile::chunk("tRNS", colours.transparent);
     }
     // qCompress() puts the size in front.
-    const QByteArray data = qCompress(pixels(depth * colours.samples, isInterlaced)).mid(4);
+    const QByteArray data = qCompress(pixels(size, depth * colours.samples, isInterlaced)).mid(4);
     return file + PngFile::chunk("IDAT", data) + PngFile::chunk("IEND", QByteArray());
 }
 
@@ -102,9 +101,9 @@ QByteArray jpeg(const QImage& image, bool isProgressive)
 
 // TIFF files can hold CMYK in JPEG, which Qt does not write: a strip of one is
 // such a file.
-QByteArray cmykJpeg()
+QByteArray cmykJpeg(const QSize& size)
 {
-    for (const OddPictures::File& file : OddPictures::tiffFiles()) {
+    for (const OddPictures::File& file : OddPictures::tiffFiles(size)) {
         if (file.name == "jpeg-cmyk.tif") {
             const auto begin = file.content.indexOf(QByteArray::fromHex("ffd8ff"));
             const auto end = file.content.indexOf(QByteArray::fromHex("ffd9"), begin);
@@ -118,7 +117,7 @@ QByteArray cmykJpeg()
 
 } // namespace
 
-std::vector<OddPictures::File> OddPictures::pngFiles()
+std::vector<OddPictures::File> OddPictures::pngFiles(const QSize& size)
 {
     std::vector<File> files;
     for (const Colours& colours : pngColours) {
@@ -131,7 +130,7 @@ std::vector<OddPictures::File> OddPictures::pngFiles()
                     files.push_back({std::to_string(depth) + '-' + colours.name +
                                          (isTransparent ? "-transparent" : "") +
                                          (isInterlaced ? "-interlaced" : "") + ".png",
-                                     png(colours, depth, isTransparent, isInterlaced)});
+                                     png(size, colours, depth, isTransparent, isInterlaced)});
                 }
             }
         }
@@ -139,22 +138,21 @@ std::vector<OddPictures::File> OddPictures::pngFiles()
     return files;
 }
 
-std::vector<OddPictures::File> OddPictures::jpegFiles()
+std::vector<OddPictures::File> OddPictures::jpegFiles(const QSize& size)
 {
-    const QImage colour =
-        SampleImages::transparent({width, height}).convertToFormat(QImage::Format_RGB32);
+    const QImage colour = SampleImages::transparent(size).convertToFormat(QImage::Format_RGB32);
     const QImage grey = colour.convertToFormat(QImage::Format_Grayscale8);
     return {{"colour.jpg", jpeg(colour, false)},
             {"colour-progressive.jpg", jpeg(colour, true)},
             {"grey.jpg", jpeg(grey, false)},
             {"grey-progressive.jpg", jpeg(grey, true)},
-            {"cmyk.jpg", cmykJpeg()}};
+            {"cmyk.jpg", cmykJpeg(size)}};
 }
 
-std::vector<OddPictures::File> OddPictures::files()
+std::vector<OddPictures::File> OddPictures::files(const QSize& size)
 {
-    std::vector<File> all = tiffFiles();
-    for (const auto& some : {pngFiles(), jpegFiles()}) {
+    std::vector<File> all = tiffFiles(size);
+    for (const auto& some : {pngFiles(size), jpegFiles(size)}) {
         all.insert(all.end(), some.begin(), some.end());
     }
     return all;

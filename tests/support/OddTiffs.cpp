@@ -10,10 +10,6 @@
 
 namespace {
 
-// Large enough for allocations that MALLOC_PERTURB_ fills, and a multiple of
-// neither 8 nor the side of a tile.
-constexpr int width = 131;
-constexpr int height = 97;
 constexpr int tileSide = 32;
 
 struct Layout
@@ -73,10 +69,10 @@ const Layout layouts[] = {
     {"jpeg-cmyk", 8, 4, PHOTOMETRIC_SEPARATED, PLANARCONFIG_CONTIG, COMPRESSION_JPEG},
 };
 
-void setTags(TIFF* tiff, const Layout& layout)
+void setTags(TIFF* tiff, const Layout& layout, const QSize& size)
 {
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width);
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, height);
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, size.width());
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, size.height());
     TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, layout.bits);
     TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, layout.samples);
     TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, layout.photometric);
@@ -98,14 +94,16 @@ void setTags(TIFF* tiff, const Layout& layout)
     if (layout.compression == COMPRESSION_JPEG && layout.photometric == PHOTOMETRIC_YCBCR) {
         TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
     }
+    int stripLength = tileSide;
     if (layout.compression == COMPRESSION_JPEG && layout.photometric == PHOTOMETRIC_SEPARATED) {
         TIFFSetField(tiff, TIFFTAG_JPEGTABLESMODE, 0); // each strip is a whole JPEG file
+        stripLength = size.height();
     }
     if (layout.isTiled) {
         TIFFSetField(tiff, TIFFTAG_TILEWIDTH, tileSide);
         TIFFSetField(tiff, TIFFTAG_TILELENGTH, tileSide);
     } else {
-        TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, tileSide);
+        TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, stripLength);
     }
 }
 
@@ -117,7 +115,7 @@ void setBytes(std::vector<unsigned char>& bytes, unsigned seed)
     }
 }
 
-void writeRows(TIFF* tiff, const Layout& layout)
+void writeRows(TIFF* tiff, const Layout& layout, int height)
 {
     const int planes = layout.planar == PLANARCONFIG_SEPARATE ? layout.samples : 1;
     std::vector<unsigned char> row(static_cast<std::size_t>(TIFFScanlineSize(tiff)));
@@ -144,7 +142,7 @@ void writeTiles(TIFF* tiff, const Layout& layout)
 
 } // namespace
 
-std::vector<OddPictures::File> OddPictures::tiffFiles()
+std::vector<OddPictures::File> OddPictures::tiffFiles(const QSize& size)
 {
     const TemporaryFolder folder;
     std::vector<File> files;
@@ -155,11 +153,11 @@ std::vector<OddPictures::File> OddPictures::tiffFiles()
             ADD_FAILURE() << name;
             continue;
         }
-        setTags(tiff, layout);
+        setTags(tiff, layout, size);
         if (layout.isTiled) {
             writeTiles(tiff, layout);
         } else {
-            writeRows(tiff, layout);
+            writeRows(tiff, layout, size.height());
         }
         TIFFClose(tiff);
         QFile file(QString::fromStdString(folder.path(name)));
