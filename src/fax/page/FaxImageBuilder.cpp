@@ -5,6 +5,7 @@
 #include "bilevel/ErrorDiffusion.h"
 #include "fax/page/ImagePlacement.h"
 #include "fax/page/PainterWrapper.h"
+#include "qt/SmoothScaling.h"
 
 #include <QGuiApplication>
 #include <QPainter>
@@ -40,7 +41,7 @@ FaxImageBuilder& FaxImageBuilder::scale(const QSize& size, bool enlarge)
     const bool isFitting = m_image.width() <= size.width() && m_image.height() <= size.height();
     const bool isSmaller = m_image.width() < size.width() && m_image.height() < size.height();
     if (!isFitting || (enlarge && isSmaller)) {
-        m_image = m_image.scaled(size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        m_image = SmoothScaling::scaled(m_image, size, Qt::KeepAspectRatio);
     }
     return *this;
 }
