@@ -1,0 +1,6 @@
+#include "render/decode/PluginScaling.h"
+
+bool PluginScaling::isExact(const QImageReader& /*reader*/)
+{
+    return true;
+}

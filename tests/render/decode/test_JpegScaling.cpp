@@ -1,0 +1,66 @@
+#include "render/decode/JpegScaling.h"
+
+#include "support/SampleImages.h"
+
+#include <QImage>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+struct Row
+{
+    const char* name;
+    QSize wanted; // of a picture of 800 x 400
+    int eighths;
+};
+
+const Row rows[] = {
+    {"LargerIsDecodedWhole", {900, 450}, 8},
+    {"EqualIsDecodedWhole", {800, 400}, 8},
+    {"HardlySmallerIsDecodedWhole", {701, 350}, 8},
+    {"SevenEighthsNeedSeven", {700, 350}, 7},
+    {"HalfNeedsFour", {400, 200}, 4},
+    {"MoreThanHalfNeedsFive", {401, 200}, 5},
+    {"TheLargerSideDecides", {100, 300}, 6},
+    {"ATenthNeedsOne", {80, 40}, 1},
+    {"NothingIsDecodedWhole", {0, 40}, 8},
+};
+
+class JpegEighths : public testing::TestWithParam<Row>
+{
+};
+
+TEST_P(JpegEighths, AreThoseOfThePlugin)
+{
+    EXPECT_EQ(JpegScaling::eighths({800, 400}, GetParam().wanted), GetParam().eighths);
+}
+
+INSTANTIATE_TEST_SUITE_P(JpegScaling, JpegEighths, testing::ValuesIn(rows),
+                         [](const auto& test) { return std::string{test.param.name}; });
+
+TEST(JpegScaling, PadsBothSidesToWholeBlocks)
+{
+    const QByteArray file = SampleImages::jpegFile(SampleImages::quarters({41, 16}), 6);
+    const QByteArray padded = JpegScaling::padded(file);
+    EXPECT_EQ(QImage::fromData(padded, "jpeg").size(), QSize(48, 16));
+    EXPECT_EQ(padded.size(), file.size());
+}
+
+TEST(JpegScaling, PadsNothingWithoutAHeader)
+{
+    EXPECT_TRUE(JpegScaling::padded(QByteArray()).isEmpty());
+    EXPECT_TRUE(JpegScaling::padded(QByteArray::fromHex("ffd8ffe0ffff00")).isEmpty());
+    EXPECT_TRUE(JpegScaling::padded(QByteArray(100, '\xff')).isEmpty());
+}
+
+TEST(JpegScaling, PadsNoSideBeyondTheLimitOfTheDecoder)
+{
+    // Start of image, then a frame header of 65497 x 8.
+    EXPECT_TRUE(
+        JpegScaling::padded(QByteArray::fromHex("ffd8ffc0000b080008ffd901011100")).isEmpty());
+}
+
+} // namespace
