@@ -44,7 +44,7 @@ QTemporaryFile& document()
 } // namespace
 
 // A child that is still running after its last wait is one of the answers.
-ChildProcess::ChildProcess(ProcessChannelMode /*channelMode*/) : m_parentPid(0), m_hasPipe(false)
+ChildProcess::ChildProcess(int output) : m_parentPid(0), m_output(output)
 {
     if (pixels->ConsumeBool()) {
         setProcessState(QProcess::Running);
@@ -56,7 +56,7 @@ ChildProcess::~ChildProcess()
     setProcessState(QProcess::NotRunning);
 }
 
-void ChildProcess::setupChildProcess() {}
+void ChildProcess::prepareChild() {}
 
 ProcessWrapper::ProcessWrapper(QProcess& process, int timeoutMs)
     : m_process(process),
@@ -71,17 +71,22 @@ bool ProcessWrapper::executeProcess(const QString& /*program*/, const QStringLis
     return true;
 }
 
-RunningProcess::RunningProcess(const QString& /*program*/, const QStringList& /*arguments*/) {}
+RunningProcess::RunningProcess(const QString& /*program*/, const QStringList& /*arguments*/,
+                               ProcessOutputHandler* handler, int timeoutMs)
+    : m_timeoutMs(timeoutMs),
+      m_handler(handler)
+{
+}
 
 void RunningProcess::receive(std::size_t /*limit*/) {}
 
-bool RunningProcess::read(ProcessOutputHandler* handler)
+bool RunningProcess::read()
 {
     constexpr std::size_t maximumSize = 5000;
     while (pixels->remaining_bytes() > 0 && pixels->ConsumeBool()) {
         const auto repetitions = pixels->ConsumeIntegralInRange<std::size_t>(0, maximumSize);
         const QByteArray chunk(static_cast<int>(repetitions), pixels->ConsumeIntegral<char>());
-        if (!handler->processOutput(chunk)) {
+        if (!m_handler->processOutput(chunk)) {
             break;
         }
     }
