@@ -126,6 +126,7 @@ FilterProgram::Instructions FilterProgram::assembled() const
     }
     BackwardAssembler assembler;
     std::vector<std::size_t> decisions;
+    decisions.reserve(m_decisions.size());
     for (const Instructions& decision : m_decisions) {
         decisions.push_back(assembler.put(decision));
     }

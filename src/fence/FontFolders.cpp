@@ -144,7 +144,7 @@ Paths configurationFiles()
     }
     Paths files;
     for (const std::string& folder : Environment::parts("FONTCONFIG_PATH", ":")) {
-        files.push_back(folder + '/' + name);
+        files.push_back(std::string(folder).append("/").append(name));
     }
     files.push_back("/etc/fonts/" + name);
     return files;

@@ -58,7 +58,7 @@ void append(const Paths& added, Paths& paths)
 void addLibraryFolders(Paths& paths)
 {
     Paths files = ConfigurationFiles::in("/etc/ld.so.conf.d", ".conf");
-    files.push_back("/etc/ld.so.conf");
+    files.emplace_back("/etc/ld.so.conf");
     for (const std::string& file : files) {
         std::istringstream lines(ConfigurationFiles::content(file));
         for (std::string line; std::getline(lines, line);) {

@@ -42,7 +42,7 @@ void OutputPipe::closeWritingEnd()
     }
 }
 
-ssize_t OutputPipe::read(char* data, std::size_t size)
+ssize_t OutputPipe::read(char* data, std::size_t size) const
 {
     return ::read(m_readingEnd, data, size);
 }

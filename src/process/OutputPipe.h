@@ -31,7 +31,7 @@ public:
 
     /// Reads up to `size` bytes of what is there. 0 at the end of the output,
     /// negative if there is nothing yet.
-    ssize_t read(char* data, std::size_t size);
+    ssize_t read(char* data, std::size_t size) const;
 
     /// True as soon as read() has bytes or the end to report; false if that takes
     /// longer.

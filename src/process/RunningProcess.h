@@ -49,5 +49,5 @@ private:
     ProcessWrapper m_wrapper{m_process, m_timeoutMs};
     ProcessOutputHandler* m_handler; // null from when it takes no more; not owned
     std::size_t m_received = 0;
-    std::array<char, 65536> m_piece;
+    std::array<char, 65536> m_piece = {};
 };

@@ -12,7 +12,7 @@ constexpr char lastSkippedByte = 0x20;
 
 // More than this is never skipped: a device file or a file with a hole could
 // go on with zeros for ever.
-constexpr qint64 longestSkip = 16 * 1024 * 1024;
+constexpr qint64 longestSkip = qint64{16} * 1024 * 1024;
 constexpr int blockLength = 16 * 1024;
 
 bool isSkipped(char byte)
