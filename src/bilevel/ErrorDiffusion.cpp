@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int byteBits = 8;
+constexpr int pixelsPerByte = 8;
 
 constexpr int whiteLevel = 255;
 constexpr int threshold = 128; // below it a pixel is black
@@ -25,7 +25,7 @@ constexpr int threshold = 128; // below it a pixel is black
 // lanes do the same work, which compilers turn into vectors, and all of them
 // come to the end of a byte of pixels at the same step.
 constexpr int lanes = 16;
-constexpr int lag = byteBits;
+constexpr int lag = pixelsPerByte;
 constexpr int lagSum = lag * (lanes - 1);
 
 // What lanes calculate in, because vectors hold twice as many of it as of int.
@@ -90,8 +90,8 @@ class Wavefront
 public:
     explicit Wavefront(int width)
         : m_width(width),
-          m_rowBytes((width + byteBits - 1) / byteBits),
-          m_fromAbove(static_cast<std::size_t>(m_rowBytes + lanes) * byteBits),
+          m_rowBytes((width + pixelsPerByte - 1) / pixelsPerByte),
+          m_fromAbove(static_cast<std::size_t>(m_rowBytes + lanes) * pixelsPerByte),
           m_levels(m_fromAbove.size() * lanes)
     {
     }
@@ -120,7 +120,7 @@ public:
         uchar* rows = page.scanLine(y);
         Spread spread;
         for (int byte = 0; byte < m_rowBytes + lanes; ++byte) {
-            for (int step = byte * byteBits; step < (byte + 1) * byteBits; ++step) {
+            for (int step = byte * pixelsPerByte; step < (byte + 1) * pixelsPerByte; ++step) {
                 const auto index = static_cast<std::size_t>(step);
                 spread.toBelow[step % lag][0] = m_fromAbove[index];
                 advance(spread, step, m_width, &m_levels[index * lanes]);

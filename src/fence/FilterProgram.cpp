@@ -20,9 +20,6 @@ constexpr std::uint32_t architecture = 0; // none: no filter
 constexpr std::size_t allowed = 0;
 constexpr std::size_t foreign = 1;
 
-constexpr std::uint16_t load = BPF_LD | BPF_W | BPF_ABS;
-constexpr std::uint16_t isEqual = BPF_JMP | BPF_JEQ | BPF_K;
-constexpr std::uint16_t isAtLeast = BPF_JMP | BPF_JGE | BPF_K;
 constexpr std::uint16_t skip = BPF_JMP | BPF_JA;
 
 /// Writes a program from its end to its beginning, since instructions lead
@@ -46,7 +43,7 @@ public:
     {
         const std::size_t upper = near(ifAtLeast);
         const std::size_t lower = near(ifLess);
-        return put({isAtLeast, static_cast<std::uint8_t>(distanceTo(upper)),
+        return put({FilterProgram::isAtLeast, static_cast<std::uint8_t>(distanceTo(upper)),
                     static_cast<std::uint8_t>(distanceTo(lower)), operand});
     }
 

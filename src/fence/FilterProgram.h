@@ -15,6 +15,11 @@ class FilterProgram
 public:
     using Instructions = std::vector<sock_filter>;
 
+    /// Codes of instructions.
+    static constexpr std::uint16_t load = BPF_LD | BPF_W | BPF_ABS;
+    static constexpr std::uint16_t isEqual = BPF_JMP | BPF_JEQ | BPF_K;
+    static constexpr std::uint16_t isAtLeast = BPF_JMP | BPF_JGE | BPF_K;
+
     FilterProgram();
 
     /// Has calls fail with an error number.

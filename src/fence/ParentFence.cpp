@@ -13,11 +13,12 @@
 
 namespace {
 
-constexpr std::uint64_t reading = LandlockInterface::readFile | LandlockInterface::readFolder;
+constexpr std::uint64_t readingAnything =
+    LandlockInterface::readFile | LandlockInterface::readFolder;
 
-bool isBelow(const std::string& path, const std::string& folder)
+bool startsWith(const std::string& path, const std::string& start)
 {
-    return path.compare(0, folder.size(), folder) == 0;
+    return path.compare(0, start.size(), start) == 0;
 }
 
 // The folder of the output and, where the name is a link, of the file behind
@@ -34,7 +35,7 @@ std::vector<std::string> outputFolders(const std::string& outputFile)
     for (const fs::path& file :
          {fs::absolute(outputFile, error), fs::canonical(outputFile, error)}) {
         const std::string folder = fs::canonical(file.parent_path(), error).string() + '/';
-        if (!error && !isBelow(folder, "/dev/") && !isBelow(folder, "/proc/")) {
+        if (!error && !startsWith(folder, "/dev/") && !startsWith(folder, "/proc/")) {
             folders.push_back(folder);
         }
     }
@@ -62,7 +63,7 @@ ParentFence::ParentFence(const InterpreterLocation& interpreter, const std::stri
 LandlockRuleset ParentFence::rulesFor(const InterpreterLocation& interpreter,
                                       const std::string& outputFile, int newestAbi) const
 {
-    FileAccessRules rules(reading);
+    FileAccessRules rules(readingAnything);
     rules.allowExecuting(interpreter.path());
     rules.allowExecuting(interpreter.loader());
     for (const std::string& folder : outputFolders(outputFile)) {

@@ -18,9 +18,9 @@
 
 namespace {
 
-constexpr std::uint16_t load = BPF_LD | BPF_W | BPF_ABS;
-constexpr std::uint16_t isEqual = BPF_JMP | BPF_JEQ | BPF_K;
-constexpr std::uint16_t isAtLeast = BPF_JMP | BPF_JGE | BPF_K;
+constexpr std::uint16_t load = FilterProgram::load;
+constexpr std::uint16_t isEqual = FilterProgram::isEqual;
+constexpr std::uint16_t isAtLeast = FilterProgram::isAtLeast;
 constexpr std::uint16_t hasBit = BPF_JMP | BPF_JSET | BPF_K;
 constexpr std::uint16_t mask = BPF_ALU | BPF_AND | BPF_K;
 
