@@ -330,7 +330,7 @@ TEST_F(RealChild, HasOneFilter)
 {
     const auto filterCount = [](const QByteArray& status) {
         const QByteArray name = "Seccomp_filters:";
-        const int start = status.indexOf(name);
+        const auto start = status.indexOf(name);
         return start < 0 ? -1 : status.mid(start + name.size()).simplified().split(' ')[0].toInt();
     };
     const int own = filterCount(contentOf(QStringLiteral("/proc/self/status")));

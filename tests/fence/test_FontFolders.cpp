@@ -29,9 +29,9 @@ protected:
 
     static int descriptorCount()
     {
-        return QDir(QStringLiteral("/proc/self/fd"))
-            .entryList(QDir::AllEntries | QDir::System)
-            .size();
+        return static_cast<int>(QDir(QStringLiteral("/proc/self/fd"))
+                                    .entryList(QDir::AllEntries | QDir::System)
+                                    .size());
     }
 
     static bool isReadable(const std::string& path)
