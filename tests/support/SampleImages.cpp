@@ -38,7 +38,7 @@ QByteArray orientationSegment(int orientation)
     return segment;
 }
 
-struct TiffCloser
+struct MemoryTiffCloser
 {
     void operator()(TIFF* handle) const { TIFFClose(handle); }
 };
@@ -140,7 +140,7 @@ QByteArray SampleImages::tiffFile(const std::vector<TiffSamplePage>& pages)
     const TemporaryFolder folder;
     const std::string name = folder.path("sample.tif");
     {
-        const std::unique_ptr<TIFF, TiffCloser> tiff(TIFFOpen(name.c_str(), "w"));
+        const std::unique_ptr<TIFF, MemoryTiffCloser> tiff(TIFFOpen(name.c_str(), "w"));
         EXPECT_NE(tiff, nullptr);
         for (const TiffSamplePage& page : pages) {
             writePage(tiff.get(), page);

@@ -22,8 +22,8 @@ enum Tag : std::uint16_t
     StripByteCounts = 279,
 };
 
-constexpr QRgb opaqueWhite = 0xFFFFFFFF;
-constexpr QRgb opaqueBlack = 0xFF000000;
+constexpr QRgb whitePixel = 0xFFFFFFFF;
+constexpr QRgb blackPixel = 0xFF000000;
 
 // The numbers of a TIFF file by their offset, in the byte order of the file.
 class FileBytes
@@ -209,7 +209,7 @@ QImage decodePixels(TIFF* tiff, const TiffPage& page)
         image.invertPixels();
     }
     clearBeyondWidth(image);
-    image.setColorTable({opaqueWhite, opaqueBlack});
+    image.setColorTable({whitePixel, blackPixel});
     return image;
 }
 

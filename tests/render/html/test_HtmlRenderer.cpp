@@ -1,5 +1,6 @@
 #include "render/html/HtmlRenderer.h"
 
+#include "DefaultDpi.h"
 #include "app/settings/RenderSize.h"
 #include "support/PrintQt.h"
 #include "support/SampleImages.h"
@@ -15,11 +16,6 @@
 #include <limits>
 #include <string>
 #include <vector>
-
-QT_BEGIN_NAMESPACE
-// Exported by Qt, declared in no public header.
-Q_GUI_EXPORT int qt_defaultDpi();
-QT_END_NAMESPACE
 
 namespace {
 
