@@ -63,6 +63,11 @@ QImage ReferencePage::decoded(const std::string& fileName, const char* format, i
     reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(true);
     reader.jumpToImage(index);
+    const bool isScaledByPlugin = reader.supportsOption(QImageIOHandler::ScaledSize);
+    if (!isScaledByPlugin && reader.transformation() == QImageIOHandler::TransformationNone) {
+        // QImageReader would do the same, but dither black and white with Qt 6.
+        return SmoothScaling::scaled(reader.read(), size);
+    }
     reader.setScaledSize(size);
     return reader.read();
 }
