@@ -59,7 +59,7 @@ def is_alive(process):
 class Children(support.Case):
     def start(self, code):
         return subprocess.Popen(
-            [sys.executable, "-c", code], stdout=subprocess.PIPE, cwd=self.folder,
+            [sys.executable, "-B", "-c", code], stdout=subprocess.PIPE, cwd=self.folder,
             env={**self.environment, "PYTHONPATH": support.COMPANIONS})
 
     def test_an_interrupt_right_after_the_start_leaves_none(self):
