@@ -28,6 +28,13 @@ bool isFile(const char* fileName, const struct stat& file)
     return stat(fileName, &info) == 0 && OutputFileName::isSameFile(info, file);
 }
 
+// The result of a conversion that ends with these words.
+bool cannotOpen(const std::string& outputFile)
+{
+    fmt::print(stderr, "can't open file '{}'\n", outputFile);
+    return false;
+}
+
 } // namespace
 
 FaxWriter::FaxWriter(const FaxConfiguration& configuration) : m_configuration(configuration) {}
@@ -48,8 +55,7 @@ bool FaxWriter::write(const std::string& outputFile) const
         return false;
     }
     if (isInput(outputFile)) {
-        fmt::print(stderr, "can't open file '{}'\n", outputFile);
-        return false;
+        return cannotOpen(outputFile);
     }
 
     FaxTiffWriter tiffWriter;
@@ -58,13 +64,11 @@ bool FaxWriter::write(const std::string& outputFile) const
     OutputFileGuard guard(outputFile, PrivateFolder::removeExisting);
     if (!lock.acquire()) {
         guard.notOpened();
-        fmt::print(stderr, "can't open file '{}'\n", outputFile);
-        return false;
+        return cannotOpen(outputFile);
     }
     if (!tiffWriter.open(outputFile)) {
         guard.failedToOpen();
-        fmt::print(stderr, "can't open file '{}'\n", outputFile);
-        return false;
+        return cannotOpen(outputFile);
     }
     guard.opened(tiffWriter.fileDescriptor());
     std::optional<ParentFence> fence;
