@@ -22,9 +22,7 @@ bool lock(int descriptor)
 
 } // namespace
 
-OutputFileLock::OutputFileLock(const std::string& fileName) : m_fileName(fileName), m_name(fileName)
-{
-}
+OutputFileLock::OutputFileLock(const std::string& fileName) : m_name(fileName) {}
 
 OutputFileLock::~OutputFileLock()
 {
@@ -39,7 +37,7 @@ bool OutputFileLock::acquire()
         if (m_name.find(info) && !S_ISREG(info.st_mode)) {
             return true;
         }
-        m_descriptor = open(m_fileName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        m_descriptor = open(m_name.path().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
         if (m_descriptor < 0) {
             // Whoever opens it to write says why that fails.
             return true;

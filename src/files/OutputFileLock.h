@@ -32,7 +32,6 @@ private:
     bool isInPlace() const;
     void release();
 
-    std::string m_fileName;
     OutputFileName m_name;
     int m_descriptor = -1;
 };

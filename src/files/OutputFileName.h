@@ -13,6 +13,9 @@ class OutputFileName
 public:
     explicit OutputFileName(const std::string& fileName);
 
+    /// The name as it was given.
+    const std::string& path() const { return m_fileName; }
+
     /// What the name leads to at the moment; false if that is nothing.
     bool find(struct stat& file) const;
 
