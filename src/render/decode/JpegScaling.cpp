@@ -108,12 +108,10 @@ QByteArray JpegScaling::padded(const QByteArray& file)
     return result;
 }
 
-bool JpegScaling::read(QImageReader& reader, QImage& image)
+bool JpegScaling::read(QImageReader& reader, const QSize& wanted, QImage& image)
 {
     const QSize stored = reader.size();
-    const int parts = eighths(stored, reader.scaledSize());
-    reader.setScaledSize(QSize());
-    reader.setAutoTransform(false);
+    const int parts = eighths(stored, wanted);
     QByteArray file;
     if (parts < blockSide) {
         file = padded(content(*reader.device()));

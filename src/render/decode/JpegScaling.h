@@ -15,10 +15,10 @@ class QImageReader;
 class JpegScaling
 {
 public:
-    /// Decodes what `reader` has, without the turn that metadata ask for, reduced as
-    /// far as that is of use for a picture of its scaled size. False if it cannot be
-    /// decoded.
-    static bool read(QImageReader& reader, QImage& image);
+    /// Decodes what `reader` has, which must be set to neither scale nor turn it,
+    /// reduced as far as that is of use for a picture of the `wanted` size. False if
+    /// it cannot be decoded.
+    static bool read(QImageReader& reader, const QSize& wanted, QImage& image);
 
     /// To how many eighths the plug-in has a picture reduced, 1 to 8.
     static int eighths(const QSize& stored, const QSize& wanted);

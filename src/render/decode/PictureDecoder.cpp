@@ -67,12 +67,10 @@ bool PictureDecoder::readInSteps(QImageReader& reader, QImage& image)
     const QSize size = reader.scaledSize();
     const bool isTurned = reader.autoTransform();
     const bool isAveraged = PngScaling::isAveraged(reader);
-    const bool isJpeg = reader.format() == "jpeg";
+    reader.setScaledSize(QSize());
     reader.setAutoTransform(false);
-    if (!isJpeg) {
-        reader.setScaledSize(QSize());
-    }
-    const bool isRead = isJpeg ? JpegScaling::read(reader, image) : readByPlugin(reader, image);
+    const bool isRead = reader.format() == "jpeg" ? JpegScaling::read(reader, size, image)
+                                                  : readByPlugin(reader, image);
     reader.setScaledSize(size);
     reader.setAutoTransform(isTurned);
     if (!isRead) {
