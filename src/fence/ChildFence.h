@@ -24,7 +24,7 @@ public:
     /// Makes everything ready, the temporary folder included. `documents` may be
     /// read. `newestAbi` as for LandlockRuleset.
     ChildFence(const InterpreterLocation& program, const std::vector<std::string>& documents,
-               int newestAbi = LandlockInterface::newestAbi);
+               int newestAbi = LandlockInterface::latestAbi);
 
     /// Removes the temporary files if no other run has any.
     ~ChildFence();

@@ -40,7 +40,7 @@ constexpr std::uint64_t ioctlDevice = 1ULL << 15;
 constexpr std::uint64_t scopeAbstractSocket = 1ULL << 0;
 constexpr std::uint64_t scopeSignal = 1ULL << 1;
 // Linux 6.15, ABI 7: flags about logging, not used here.
-constexpr int newestAbi = 7;
+constexpr int latestAbi = 7;
 
 struct RulesetAttributes
 {

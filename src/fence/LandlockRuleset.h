@@ -14,7 +14,7 @@ public:
     /// Makes the ruleset. `newestAbi` leaves out what later versions of the
     /// interface brought, for the sake of tests.
     explicit LandlockRuleset(const FileAccessRules& rules,
-                             int newestAbi = LandlockInterface::newestAbi);
+                             int newestAbi = LandlockInterface::latestAbi);
     ~LandlockRuleset();
 
     LandlockRuleset(const LandlockRuleset&) = delete;

@@ -23,7 +23,7 @@ public:
     /// Enters the fence, for the rest of the life of the calling thread.
     /// `outputFile` has been opened. `newestAbi` as for LandlockRuleset.
     ParentFence(const InterpreterLocation& interpreter, const std::string& outputFile,
-                int newestAbi = LandlockInterface::newestAbi);
+                int newestAbi = LandlockInterface::latestAbi);
 
     /// The folder for the temporary files of all children is removed, unless
     /// one of them still runs. All else stays in force.

@@ -19,7 +19,7 @@ constexpr int killed = -1;
 struct Surroundings
 {
     bool isFenced = true;
-    int newestAbi = LandlockInterface::newestAbi;
+    int newestAbi = LandlockInterface::latestAbi;
     int landlockError = 0;       ///< All calls of Landlock fail with it; 0 for none.
     int seccompError = 0;        ///< The call of seccomp fails with it; 0 for none.
     int closeRangeError = 0;     ///< The call of close_range fails with it; 0 for none.

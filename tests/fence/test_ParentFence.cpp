@@ -94,7 +94,7 @@ private:
 
 constexpr int unfenced = -1;
 constexpr int abiOfDebian12 = 2;
-constexpr int newest = LandlockInterface::newestAbi;
+constexpr int newest = LandlockInterface::latestAbi;
 
 class ConqueredParent : public testing::TestWithParam<AttemptRow>
 {

@@ -6,8 +6,8 @@
 testing::AssertionResult waitUntil(const std::function<bool()>& condition)
 {
     constexpr std::chrono::milliseconds pause(2);
-    constexpr std::chrono::seconds patience(60);
-    const auto deadline = std::chrono::steady_clock::now() + patience;
+    constexpr std::chrono::seconds limit(60);
+    const auto deadline = std::chrono::steady_clock::now() + limit;
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= deadline) {
             return testing::AssertionFailure() << "it does not happen";
