@@ -39,7 +39,9 @@ def run(*command, **options):
 
 
 def magick(*arguments):
-    run(next(filter(None, map(shutil.which, MAGICK))), *arguments)
+    # Further threads would, beside other tests, mostly wait for each other, and busily.
+    run(next(filter(None, map(shutil.which, MAGICK))), *arguments,
+        env={**os.environ, "OMP_NUM_THREADS": "1"})
 
 
 def postscript_to_pdf(path, text, *arguments):
