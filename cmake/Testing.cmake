@@ -67,7 +67,8 @@ function(morvaltide_add_shards name target labels cost environment)
 endfunction()
 
 # morvaltide_add_test(<folder> SOURCES <test files> LIBRARIES <targets under test>
-#                     [LABELS <label>] [COST <cost>] [PROGRAM] [SANITIZED <filter>])
+#                     [LABELS <label>] [COST <cost>] [PROGRAM]
+#                     [SANITIZED] [UNSANITIZED <patterns>] [TWICE <patterns>])
 #
 # One test program a folder. The shared main() of tests/support creates the
 # offscreen application object. For CTest every GoogleTest case is a test of its
@@ -77,9 +78,12 @@ endfunction()
 # first.
 #
 # PROGRAM: the test starts the program. SANITIZED: where there is a program with
-# sanitizers, it starts that one too, in the cases of GoogleTest's filter.
+# sanitizers and one without, each case runs once, with the first, but for those of
+# UNSANITIZED, patterns of GoogleTest, which run with the second. Either filter is the
+# other one negated, so that no case is lost. Those of TWICE run with both.
 function(morvaltide_add_test folder)
-  cmake_parse_arguments(ARG "PROGRAM" "COST;SANITIZED" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "PROGRAM;SANITIZED" "COST"
+    "SOURCES;LIBRARIES;LABELS;UNSANITIZED;TWICE" ${ARGN})
   set(target test_${folder})
   if(CMAKE_UNITY_BUILD)
     morvaltide_join_tests(ARG_SOURCES ${target} ${ARG_SOURCES})
@@ -96,14 +100,27 @@ function(morvaltide_add_test folder)
   if(NOT ARG_COST)
     set(ARG_COST 0)
   endif()
-  set(sanitized FALSE)
-  if(ARG_SANITIZED AND MORVALTIDE_SANITIZERS)
-    set(sanitized TRUE)
-    morvaltide_add_shards(${target}.sanitized ${target} "${ARG_LABELS}" ${ARG_COST}
-      "MORVALTIDE_PROGRAM=$<TARGET_FILE:morvaltide>;GTEST_FILTER=${ARG_SANITIZED}")
-  endif()
-  if(morvaltide_plain_program OR NOT sanitized)
+  set(patterns ${ARG_UNSANITIZED} ${ARG_TWICE})
+  if(NOT ARG_SANITIZED OR NOT MORVALTIDE_SANITIZERS)
     morvaltide_add_shards(${target} ${target} "${ARG_LABELS}" ${ARG_COST} "")
+  else()
+    set(filter "*")
+    if(ARG_UNSANITIZED)
+      list(JOIN ARG_UNSANITIZED ":" filter)
+      string(PREPEND filter "-")
+    endif()
+    morvaltide_add_shards(${target}.sanitized ${target} "${ARG_LABELS}" ${ARG_COST}
+      "MORVALTIDE_PROGRAM=$<TARGET_FILE:morvaltide>;GTEST_FILTER=${filter}")
+    if(morvaltide_plain_program AND patterns)
+      list(JOIN patterns ":" filter)
+      morvaltide_add_shards(${target} ${target} "${ARG_LABELS}" ${ARG_COST}
+        "GTEST_FILTER=${filter}")
+    endif()
+    if(patterns)
+      add_test(NAME ${target}.patterns
+        COMMAND ${PROJECT_SOURCE_DIR}/tests/check-patterns $<TARGET_FILE:${target}> ${patterns})
+      set_tests_properties(${target}.patterns PROPERTIES LABELS "${ARG_LABELS}")
+    endif()
   endif()
 
   if(NOT MORVALTIDE_SANITIZERS)
