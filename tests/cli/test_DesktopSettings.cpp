@@ -45,21 +45,22 @@ const Row rows[] = {
     {"NoHighResolutionMarks", {{"QT_HIGHDPI_DISABLE_2X_IMAGE_LOADING", "1"}}},
 };
 
-class DesktopSettings : public CliTest, public testing::WithParamInterface<Row>
+class AllDesktopSettings : public CliTest
 {
 protected:
     void SetUp() override
     {
         folder().write("cover.html", "<html><body><h1>Cover</h1><b>bold</b><hr></body></html>");
-        folder().write("in@2x.png", SampleImages::pngFile(SampleImages::quarters({64, 48})));
+        folder().write("inDesktopSettings2x.png",
+                       SampleImages::pngFile(SampleImages::quarters({64, 48})));
         folder().write("in.jpg", SampleImages::jpegFile(SampleImages::quarters({64, 48})));
         folder().write("in.pdf", SamplePdf::equalPages(1));
     }
 
     ProgramStart conversion(const std::string& output, const Settings& settings) const
     {
-        ProgramStart conversion = start(
-            {"-r", "standard", "-C", "cover.html", "-o", output, "in@2x.png", "in.jpg", "in.pdf"});
+        ProgramStart conversion = start({"-r", "standard", "-C", "cover.html", "-o", output,
+                                         "inDesktopSettings2x.png", "in.jpg"});
         // What the desktop of whoever runs the tests says must not matter.
         for (const char* name : {"QT_QPA_PLATFORMTHEME", "QT_IM_MODULE", "XDG_CURRENT_DESKTOP"}) {
             conversion.environment[name] = std::nullopt;
@@ -88,7 +89,11 @@ protected:
     }
 };
 
-TEST_P(DesktopSettings, DoNotChangeTheFile)
+class DesktopSettings : public AllDesktopSettings, public testing::WithParamInterface<Row>
+{
+};
+
+TEST_P(DesktopSettings, ChangeNeitherTheFileNorThePlugins)
 {
     // The same for all of them.
     static QByteArray plain;
@@ -96,25 +101,37 @@ TEST_P(DesktopSettings, DoNotChangeTheFile)
         ASSERT_TRUE(isSilentSuccess(runProgram(conversion("plain.tif", {}))));
         plain = content("plain.tif");
     }
-    ASSERT_TRUE(isSilentSuccess(runProgram(conversion("out.tif", GetParam().settings))));
-    EXPECT_EQ(pages().size(), 4U);
-    EXPECT_TRUE(content("out.tif") == plain);
-}
-
-TEST_P(DesktopSettings, LoadNoPluginsButThoseOfThePlatformAndOfPictures)
-{
     ASSERT_TRUE(QDir(folder().qPath(QString())).mkdir(QStringLiteral("linker")));
     ProgramStart observed = conversion("out.tif", GetParam().settings);
-    // Behind its fence Ghostscript cannot write such a report, and would print it.
-    observed.arguments.pop_back();
     observed.environment["LD_DEBUG"] = "files";
     observed.environment["LD_DEBUG_OUTPUT"] = folder().path("linker/report");
     ASSERT_TRUE(isSilentSuccess(runProgram(observed)));
+    EXPECT_EQ(pages().size(), 3U);
+    EXPECT_TRUE(content("out.tif") == plain);
+    // But for the platform and for pictures.
     EXPECT_EQ(loadedKinds(),
               (QSet<QString>{QStringLiteral("imageformats"), QStringLiteral("platforms")}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Cli, DesktopSettings, testing::ValuesIn(rows),
                          [](const auto& test) { return std::string{test.param.name}; });
+
+// Behind its fence Ghostscript could not write the report of the linker, and would
+// print it.
+TEST_F(AllDesktopSettings, TogetherDoNotChangeThePagesOfAPdf)
+{
+    Settings all;
+    for (const Row& row : rows) {
+        all.insert(row.settings.begin(), row.settings.end());
+    }
+    for (const auto& [output, settings] :
+         std::map<std::string, Settings>{{"plain.tif", {}}, {"out.tif", all}}) {
+        ProgramStart withPdf = conversion(output, settings);
+        withPdf.arguments.emplace_back("in.pdf");
+        ASSERT_TRUE(isSilentSuccess(runProgram(withPdf)));
+    }
+    EXPECT_EQ(pages().size(), 4U);
+    EXPECT_TRUE(content("out.tif") == content("plain.tif"));
+}
 
 } // namespace

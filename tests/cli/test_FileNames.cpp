@@ -67,7 +67,8 @@ protected:
 TEST_P(DocumentName, IsTakenAsItIs)
 {
     QStringList expected = folder().entries();
-    ASSERT_TRUE(isSilentSuccess(run({"-o", "out.tif", "--", GetParam().fileName})));
+    ASSERT_TRUE(
+        isSilentSuccess(run({"-r", "standard", "-o", "out.tif", "--", GetParam().fileName})));
     EXPECT_EQ(pages().size(), 1U);
     expected << QStringLiteral("out.tif");
     QStringList actual = folder().entries();
@@ -224,7 +225,8 @@ TEST_F(SeveralNames, OfFilesOfGhostscriptAreTakenAsTheyAreIfAbsolute)
 {
     for (const char* name : {"Fontmap", "Fontmap.GS", "cidfmap", "FAPIconfig", "gs_l.xbm"}) {
         folder().write(name, SamplePdf::equalPages(1));
-        ASSERT_TRUE(isSilentSuccess(run({"-o", "out.tif", folder().path(name)}))) << name;
+        ASSERT_TRUE(isSilentSuccess(run({"-r", "standard", "-o", "out.tif", folder().path(name)})))
+            << name;
         EXPECT_EQ(pages().size(), 1U) << name;
     }
 }
