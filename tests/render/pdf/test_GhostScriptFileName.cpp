@@ -249,15 +249,18 @@ protected:
     bool isRefused() const { return GetParam().outcome == Outcome::isRefused; }
     bool converts() const { return GetParam().outcome == Outcome::converts; }
 
-    /// The pages as they come out under a name that plays no tricks.
-    QByteArray expectedPages() const
+    /// The pages as they come out under a name that plays no tricks, always the same.
+    const QByteArray& expectedPages() const
     {
-        m_folder.write("reference.pdf", SamplePdf::equalPages(2, "0 0 100 200"));
-        CollectingHandler handler;
-        EXPECT_TRUE(GhostScriptCommand(m_folder.qPath(QStringLiteral("reference.pdf")))
-                        .renderPages(1, 2, m_size, m_device, &handler));
-        QFile::remove(m_folder.qPath(QStringLiteral("reference.pdf")));
-        return handler.collected();
+        static QByteArray pages;
+        if (pages.isEmpty()) {
+            m_folder.write("reference.pdf", SamplePdf::equalPages(2, "0 0 100 200"));
+            CollectingHandler handler;
+            EXPECT_TRUE(GhostScriptCommand(m_folder.qPath(QStringLiteral("reference.pdf")))
+                            .renderPages(1, 2, m_size, m_device, &handler));
+            pages = handler.collected();
+        }
+        return pages;
     }
 
     const QString m_device = QStringLiteral("bit");

@@ -153,33 +153,37 @@ const PageRow pageRows[] = {
 class RealPages : public testing::TestWithParam<PageRow>
 {
 protected:
-    void expectPages(std::size_t cacheLimit)
+    void expectPages(std::size_t cacheLimit, const std::vector<QImage>& expected)
     {
-        const PageRow& row = GetParam();
-        Document document(row.content);
-        document.renderer().setForwardCacheLimit(cacheLimit);
-        const QSize size = row.requested.size.isEmpty() ? row.rendered : row.requested.size;
-        const std::vector<QImage> references = document.references(row.pageCount, row.rendered);
-        for (unsigned long index = 0; index < row.pageCount; ++index) {
-            const QImage& expected = references[index];
-            EXPECT_TRUE(isSamePicture(
-                document.page(index, row.requested),
-                size == row.rendered
-                    ? expected
-                    : expected.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation)))
-                << "page " << index;
+        m_document.renderer().setForwardCacheLimit(cacheLimit);
+        for (unsigned long index = 0; index < GetParam().pageCount; ++index) {
+            EXPECT_TRUE(
+                isSamePicture(m_document.page(index, GetParam().requested), expected[index]))
+                << "page " << index << ", cache of " << cacheLimit << " bytes";
         }
     }
+
+    std::vector<QImage> expectedPages() const
+    {
+        const PageRow& row = GetParam();
+        std::vector<QImage> pages = m_document.references(row.pageCount, row.rendered);
+        const QSize size = row.requested.size.isEmpty() ? row.rendered : row.requested.size;
+        for (QImage& page : pages) {
+            if (size != row.rendered) {
+                page = page.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+            }
+        }
+        return pages;
+    }
+
+    Document m_document{GetParam().content};
 };
 
-TEST_P(RealPages, AreThoseOfGhostscriptWhenRenderedAlone)
+TEST_P(RealPages, AreThoseOfGhostscriptAloneAndInARun)
 {
-    expectPages(0);
-}
-
-TEST_P(RealPages, AreThoseOfGhostscriptWhenRenderedInARun)
-{
-    expectPages(eightMebibytes);
+    const std::vector<QImage> expected = expectedPages();
+    expectPages(0, expected);
+    expectPages(eightMebibytes, expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(PdfPageRenderer, RealPages, testing::ValuesIn(pageRows),
