@@ -11,6 +11,8 @@ target_compile_options(morvaltide_build_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast
   -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wcast-qual -Wformat=2 -Wundef
   -Wdouble-promotion -Wswitch-enum
+  # Clang speaks of what the headers of the system use of each other.
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-deprecated-declarations>
   $<$<BOOL:${MORVALTIDE_WARNINGS_AS_ERRORS}>:-Werror>)
 
 if(MORVALTIDE_SANITIZERS)

@@ -65,8 +65,10 @@ serverTestPackages=(
 )
 
 checkPackages=(
+    clang-19
     clang-format-19
     clang-tidy-19
+    libclang-rt-19-dev # the sanitizers
     lintian
     shellcheck
 )
