@@ -5,11 +5,16 @@ include(GoogleTest)
 # times over. A build with sanitizers has to be told of one, or does without.
 set(MORVALTIDE_PLAIN_PROGRAM "" CACHE FILEPATH
   "In a build with sanitizers: the program built without them, for the tests that need it")
+set(MORVALTIDE_QT6_PROGRAM "" CACHE FILEPATH
+  "The program built with Qt 6, for the tests of what differs, in a build with Qt 5")
 if(NOT MORVALTIDE_SANITIZERS)
   set(morvaltide_plain_program $<TARGET_FILE:morvaltide>)
 else()
   set(morvaltide_plain_program ${MORVALTIDE_PLAIN_PROGRAM})
 endif()
+
+# Those that do not start the program, or not as their subject.
+add_custom_target(unit_tests)
 
 # What tests start.
 set(morvaltide_program $<TARGET_FILE:morvaltide>)
@@ -68,7 +73,8 @@ endfunction()
 
 # morvaltide_add_test(<folder> SOURCES <test files> LIBRARIES <targets under test>
 #                     [LABELS <label>] [COST <cost>] [PROGRAM]
-#                     [SANITIZED] [UNSANITIZED <patterns>] [TWICE <patterns>])
+#                     [SANITIZED] [UNSANITIZED <patterns>] [TWICE <patterns>]
+#                     [QT6 <patterns>])
 #
 # One test program a folder. The shared main() of tests/support creates the
 # offscreen application object. For CTest every GoogleTest case is a test of its
@@ -80,10 +86,11 @@ endfunction()
 # PROGRAM: the test starts the program. SANITIZED: where there is a program with
 # sanitizers and one without, each case runs once, with the first, but for those of
 # UNSANITIZED, patterns of GoogleTest, which run with the second. Either filter is the
-# other one negated, so that no case is lost. Those of TWICE run with both.
+# other one negated, so that no case is lost. Those of TWICE run with both. If there is
+# a program with Qt 6 besides, those of QT6 run with that one, too.
 function(morvaltide_add_test folder)
   cmake_parse_arguments(ARG "PROGRAM;SANITIZED" "COST"
-    "SOURCES;LIBRARIES;LABELS;UNSANITIZED;TWICE" ${ARGN})
+    "SOURCES;LIBRARIES;LABELS;UNSANITIZED;TWICE;QT6" ${ARGN})
   set(target test_${folder})
   if(CMAKE_UNITY_BUILD)
     morvaltide_join_tests(ARG_SOURCES ${target} ${ARG_SOURCES})
@@ -96,11 +103,19 @@ function(morvaltide_add_test folder)
     target_compile_definitions(${target} PRIVATE MORVALTIDE_PROGRAM="${morvaltide_program}")
     add_dependencies(${target} morvaltide)
   endif()
+  if(NOT ARG_LABELS)
+    add_dependencies(unit_tests ${target})
+  endif()
 
   if(NOT ARG_COST)
     set(ARG_COST 0)
   endif()
   set(patterns ${ARG_UNSANITIZED} ${ARG_TWICE})
+  if(ARG_QT6 AND MORVALTIDE_QT6_PROGRAM)
+    list(JOIN ARG_QT6 ":" filter)
+    morvaltide_add_shards(${target}.qt6 ${target} "${ARG_LABELS}" ${ARG_COST}
+      "MORVALTIDE_PROGRAM=${MORVALTIDE_QT6_PROGRAM};GTEST_FILTER=${filter}")
+  endif()
   if(NOT ARG_SANITIZED OR NOT MORVALTIDE_SANITIZERS)
     morvaltide_add_shards(${target} ${target} "${ARG_LABELS}" ${ARG_COST} "")
   else()
@@ -117,13 +132,14 @@ function(morvaltide_add_test folder)
         "GTEST_FILTER=${filter}")
     endif()
     if(patterns)
-      add_test(NAME ${target}.patterns
-        COMMAND ${PROJECT_SOURCE_DIR}/tests/check-patterns $<TARGET_FILE:${target}> ${patterns})
+      add_test(NAME ${target}.patterns COMMAND ${PROJECT_SOURCE_DIR}/tests/check-patterns
+        $<TARGET_FILE:${target}> ${patterns} ${ARG_QT6})
       set_tests_properties(${target}.patterns PROPERTIES LABELS "${ARG_LABELS}")
     endif()
   endif()
 
-  if(NOT MORVALTIDE_SANITIZERS)
+  # Who joins sources does so to run the pieces.
+  if(NOT MORVALTIDE_SANITIZERS AND NOT CMAKE_UNITY_BUILD)
     # GoogleTest.cmake would take a list apart.
     string(REPLACE ";" "\\;" labels "case;${ARG_LABELS}")
     gtest_discover_tests(${target}
