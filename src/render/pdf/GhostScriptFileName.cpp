@@ -2,8 +2,6 @@
 
 namespace {
 
-constexpr QChar byteOrderMark = QChar::ByteOrderMark;
-
 bool areParenthesesBalanced(const QString& text)
 {
     int depth = 0;
@@ -35,7 +33,7 @@ bool GhostScriptFileName::isLiteral() const
     // reads as a line feed, and a parenthesis without its partner ends the
     // string. Ghostscript drops byte order marks from its arguments.
     return !m_fileName.contains(QLatin1Char('\\')) && !m_fileName.contains(QLatin1Char('\r')) &&
-           !m_fileName.contains(byteOrderMark) && areParenthesesBalanced(m_fileName);
+           !m_fileName.contains(QChar(QChar::ByteOrderMark)) && areParenthesesBalanced(m_fileName);
 }
 
 QString GhostScriptFileName::argument() const
