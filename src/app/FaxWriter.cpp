@@ -74,7 +74,7 @@ bool FaxWriter::write(const std::string& outputFile) const
     std::optional<ParentFence> fence;
     if (m_isFenced) {
         // The only program that the conversion starts.
-        fence.emplace(InterpreterLocation(QStringLiteral("gs")), outputFile);
+        fence.emplace(InterpreterLocation::known(QStringLiteral("gs")), outputFile);
     }
 
     if (!writePages(tiffWriter)) {

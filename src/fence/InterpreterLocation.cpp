@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
+#include <utility>
 
 #include <elf.h>
 
@@ -58,12 +60,24 @@ InterpreterLocation::InterpreterLocation(const QString& program, const QStringLi
             return path.startsWith(folder + QLatin1Char('/'));
         });
     QFile file(path);
-    if (!isInSystem || !file.open(QIODevice::ReadOnly)) {
+    if (!isInSystem || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         return;
     }
     const QByteArray start = file.read(startBytes);
     m_isInstalled = isElf(start);
     m_loader = m_isInstalled ? resolved(loaderOf(start)) : std::string();
+}
+
+const InterpreterLocation& InterpreterLocation::known(const QString& program)
+{
+    static std::pair<QString, QByteArray> answered;
+    static std::optional<InterpreterLocation> answer;
+    const std::pair<QString, QByteArray> question(program, qgetenv("PATH"));
+    if (!answer || answer->m_path.empty() || answered != question) {
+        answer.emplace(program);
+        answered = question;
+    }
+    return *answer;
 }
 
 QStringList InterpreterLocation::installationFolders()

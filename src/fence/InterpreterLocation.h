@@ -18,6 +18,11 @@ public:
     explicit InterpreterLocation(const QString& program,
                                  const QStringList& systemFolders = installationFolders());
 
+    /// The same, looked for once, and anew when the search path has changed. What
+    /// is put into its folders afterwards could not be executed anyway: the rules
+    /// of a ParentFence are for the file that was there.
+    static const InterpreterLocation& known(const QString& program);
+
     /// /usr with its old names in the root folder, but without /usr/local.
     static QStringList installationFolders();
 

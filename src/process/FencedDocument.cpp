@@ -30,6 +30,6 @@ const FencedDocument* FencedDocument::current()
 
 std::unique_ptr<ChildFence> FencedDocument::makeFence() const
 {
-    return std::make_unique<ChildFence>(InterpreterLocation(m_program),
+    return std::make_unique<ChildFence>(InterpreterLocation::known(m_program),
                                         std::vector<std::string>{m_fileName});
 }

@@ -73,6 +73,28 @@ TEST_F(Interpreter, InUsrLocalIsAWrapper)
     }
 }
 
+TEST_F(Interpreter, IsKnownAnewOnAnotherSearchPath)
+{
+    EXPECT_EQ(InterpreterLocation::known(QStringLiteral("gs")).path(), "/usr/bin/gs");
+    writeScript();
+    const SearchPath path(SearchPath::withFirst(m_folder.qPath(QString())));
+    EXPECT_TRUE(InterpreterLocation::known(QStringLiteral("gs")).isWrapper());
+}
+
+TEST_F(Interpreter, IsKnownByItsName)
+{
+    EXPECT_EQ(InterpreterLocation::known(QStringLiteral("gs")).path(), "/usr/bin/gs");
+    EXPECT_EQ(InterpreterLocation::known(QStringLiteral("true")).path(), "/usr/bin/true");
+}
+
+TEST_F(Interpreter, ThatWasMissingIsLookedForAgain)
+{
+    const SearchPath path(QFile::encodeName(m_folder.qPath(QString())));
+    EXPECT_EQ(InterpreterLocation::known(QStringLiteral("gs")).path(), "");
+    writeScript();
+    EXPECT_TRUE(InterpreterLocation::known(QStringLiteral("gs")).isWrapper());
+}
+
 TEST_F(Interpreter, ThatIsMissingIsNeither)
 {
     const SearchPath nowhere("/nonexistent");
