@@ -3,6 +3,7 @@
 #include "fence/Environment.h"
 #include "fence/FencePermission.h"
 #include "fence/FileAccessRules.h"
+#include "fence/RulesetCache.h"
 #include "fence/SystemFiles.h"
 
 #include <algorithm>
@@ -35,7 +36,8 @@ int runCount = 0;
 ChildFence::ChildFence(const InterpreterLocation& program,
                        const std::vector<std::string>& documents, int newestAbi)
     : m_isGranted(FencePermission::isGranted()),
-      m_filter(SystemCallFilter::forWrapper())
+      m_filter(program.isWrapper() ? SystemCallFilter::forWrapper()
+                                   : SystemCallFilter::forInterpreter(threads()))
 {
     if (!program.isWrapper()) {
         m_temporaryFolder = PrivateFolder::shared();
@@ -80,8 +82,7 @@ void ChildFence::prepareRules(const InterpreterLocation& program,
     rules.allowExecuting(program.path());
     rules.allowExecuting(program.loader());
     rules.allowChangingFiles(m_temporaryFolder->path());
-    m_ruleset.emplace(rules, newestAbi);
-    m_filter = SystemCallFilter::forInterpreter(threads());
+    m_ruleset = RulesetCache::rulesetFor(rules, documents, newestAbi);
 }
 
 // All variables as they are but for the temporary folder.

@@ -7,7 +7,6 @@
 #include "fence/SystemCallFilter.h"
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,7 +43,7 @@ private:
     bool m_isGranted;
     ProcessLimits m_limits;
     std::shared_ptr<PrivateFolder> m_temporaryFolder; // null for a wrapper
-    std::optional<LandlockRuleset> m_ruleset;         // none for a wrapper
+    std::shared_ptr<const LandlockRuleset> m_ruleset; // null for a wrapper
     SystemCallFilter m_filter;
     std::vector<std::string> m_variables; // owns what m_environment points to
     std::vector<char*> m_environment;     // empty if that of this process stays

@@ -1,15 +1,18 @@
 #pragma once
 
+#include <functional>
 #include <string>
-#include <vector>
 
 /// Text files in which the system's libraries are told where to look.
 class ConfigurationFiles
 {
 public:
-    /// The files of `folder` whose names end with `suffix`, in no order; none if
-    /// it cannot be read.
-    static std::vector<std::string> in(const std::string& folder, const std::string& suffix);
+    /// Gets a file and what is in it.
+    using Reader = std::function<void(const std::string& path, const std::string& content)>;
+
+    /// Has the files of `folder` read whose names end with `suffix`, in no order;
+    /// none if it cannot be read.
+    static void readAll(const std::string& folder, const std::string& suffix, const Reader& reader);
 
     /// What is in a file, up to 1 MiB; empty if it cannot be read. Waits for
     /// nobody, should it be a fifo.

@@ -3,6 +3,8 @@
 #include "fence/LandlockInterface.h"
 #include "fence/SystemCallFilter.h"
 
+#include <algorithm>
+
 using namespace LandlockInterface;
 
 namespace {
@@ -57,6 +59,16 @@ void FileAccessRules::allowRemovingFiles(const std::string& folder)
 void FileAccessRules::allowRemovingFolders(const std::string& folder)
 {
     allow(folder, removeFolder);
+}
+
+bool FileAccessRules::operator==(const FileAccessRules& other) const
+{
+    const auto isSame = [](const Rule& one, const Rule& two) {
+        return one.rights == two.rights && one.path == two.path;
+    };
+    return m_restricted == other.m_restricted &&
+           std::equal(m_rules.begin(), m_rules.end(), other.m_rules.begin(), other.m_rules.end(),
+                      isSame);
 }
 
 void FileAccessRules::allow(const std::string& path, std::uint64_t rights)

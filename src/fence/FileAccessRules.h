@@ -37,6 +37,8 @@ public:
     /// Removing empty folders.
     void allowRemovingFolders(const std::string& folder);
 
+    bool operator==(const FileAccessRules& other) const;
+
     const std::vector<Rule>& rules() const { return m_rules; }
     std::uint64_t restricted() const { return m_restricted; }
 

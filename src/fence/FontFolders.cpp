@@ -70,24 +70,24 @@ public:
         if (depth > deepestInclude || path.empty() || stat(path.c_str(), &info) != 0) {
             return;
         }
-        if (!S_ISDIR(info.st_mode)) {
-            readFile(path, depth);
-            return;
-        }
-        for (const std::string& file : ConfigurationFiles::in(path, ".conf")) {
-            readFile(file, depth);
+        if (S_ISDIR(info.st_mode)) {
+            ConfigurationFiles::readAll(
+                path, ".conf", [this, depth](const std::string& file, const std::string& text) {
+                    scan(file, text, depth);
+                });
+        } else {
+            scan(path, ConfigurationFiles::content(path), depth);
         }
     }
 
     const Paths& folders() const { return m_folders; }
 
 private:
-    void readFile(const std::string& path, int depth)
+    void scan(const std::string& path, const std::string& text, int depth)
     {
         if (!m_files.insert(path).second) {
             return;
         }
-        const std::string text = ConfigurationFiles::content(path);
         std::string::size_type start = 0;
         while ((start = text.find('<', start)) != std::string::npos) {
             ++start;

@@ -5,9 +5,6 @@
 #include "fence/FontFolders.h"
 
 #include <algorithm>
-#include <sstream>
-
-#include <unistd.h>
 
 namespace {
 
@@ -54,19 +51,26 @@ void append(const Paths& added, Paths& paths)
     paths.insert(paths.end(), added.begin(), added.end());
 }
 
+// The lines that are absolute names.
+void addNamedLines(const std::string& text, Paths& paths)
+{
+    std::string::size_type end = 0;
+    for (std::string::size_type start = 0; start < text.size(); start = end + 1) {
+        end = std::min(text.find('\n', start), text.size());
+        if (text[start] == '/') {
+            paths.push_back(text.substr(start, end - start));
+        }
+    }
+}
+
 // The folders in which the loader's cache may have found libraries.
 void addLibraryFolders(Paths& paths)
 {
-    Paths files = ConfigurationFiles::in("/etc/ld.so.conf.d", ".conf");
-    files.emplace_back("/etc/ld.so.conf");
-    for (const std::string& file : files) {
-        std::istringstream lines(ConfigurationFiles::content(file));
-        for (std::string line; std::getline(lines, line);) {
-            if (line.rfind('/', 0) == 0) {
-                paths.push_back(line);
-            }
-        }
-    }
+    ConfigurationFiles::readAll("/etc/ld.so.conf.d", ".conf",
+                                [&paths](const std::string& /*path*/, const std::string& text) {
+                                    addNamedLines(text, paths);
+                                });
+    addNamedLines(ConfigurationFiles::content("/etc/ld.so.conf"), paths);
 }
 
 // libpaper 2 looks for what the user wants below this folder.
@@ -102,8 +106,7 @@ Paths find()
         const auto contains = [&path](const std::string& other) {
             return path == other || isBelow(path, other);
         };
-        if (std::none_of(result.begin(), result.end(), contains) &&
-            access(path.c_str(), F_OK) == 0) {
+        if (std::none_of(result.begin(), result.end(), contains)) {
             result.push_back(path);
         }
     }

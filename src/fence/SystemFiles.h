@@ -8,7 +8,7 @@
 class SystemFiles
 {
 public:
-    /// Those that exist, without those below others. The files that say so are
-    /// read once, and anew when the environment has changed.
+    /// Those that may exist, without those below others. The files that say so
+    /// are read once, and anew when the environment has changed.
     static const std::vector<std::string>& readable();
 };
