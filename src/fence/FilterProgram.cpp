@@ -121,13 +121,16 @@ FilterProgram::Instructions FilterProgram::assembled() const
     if (architecture == 0) {
         return {};
     }
-    BackwardAssembler assembler;
-    std::vector<std::size_t> decisions;
-    decisions.reserve(m_decisions.size());
-    for (const Instructions& decision : m_decisions) {
-        decisions.push_back(assembler.put(decision));
-    }
     const std::vector<Range> all = ranges();
+    BackwardAssembler assembler;
+    // The places of those that are in use: each instruction takes the kernel time.
+    std::vector<std::size_t> decisions(m_decisions.size());
+    for (std::size_t i = 0; i < m_decisions.size(); ++i) {
+        if (std::any_of(all.begin(), all.end(),
+                        [i](const Range& range) { return range.decision == i; })) {
+            decisions[i] = assembler.put(m_decisions[i]);
+        }
+    }
     assembler.leadTo(putSearch(assembler, all, 0, all.size(), decisions));
     assembler.put({{load, 0, 0, offsetof(seccomp_data, arch)},
                    {isEqual, 1, 0, architecture},

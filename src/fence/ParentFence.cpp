@@ -35,7 +35,8 @@ std::vector<std::string> outputFolders(const std::string& outputFile)
     for (const fs::path& file :
          {fs::absolute(outputFile, error), fs::canonical(outputFile, error)}) {
         const std::string folder = fs::canonical(file.parent_path(), error).string() + '/';
-        if (!error && !startsWith(folder, "/dev/") && !startsWith(folder, "/proc/")) {
+        const bool isNew = folders.empty() || folders.front() != folder;
+        if (!error && isNew && !startsWith(folder, "/dev/") && !startsWith(folder, "/proc/")) {
             folders.push_back(folder);
         }
     }

@@ -55,11 +55,13 @@ constexpr std::uint32_t ownProcess = 0xFFFFFFFF;
 std::vector<sock_filter> failsIfArgumentIs(unsigned index, const std::vector<std::uint32_t>& values)
 {
     std::vector<sock_filter> result = {loadArgument(index)};
-    for (const std::uint32_t value : values) {
-        result.push_back({isEqual, 0, 1, value});
-        result.push_back(fails(EPERM));
+    // To the last instruction, over the comparisons that are left and the one result.
+    for (std::size_t left = values.size(); left > 0; --left) {
+        result.push_back(
+            {isEqual, static_cast<std::uint8_t>(left), 0, values[values.size() - left]});
     }
     result.push_back(isAllowed);
+    result.push_back(fails(EPERM));
     return result;
 }
 

@@ -48,6 +48,20 @@ TEST(FilterProgram, HoldsToWhatWasSaidLast)
     EXPECT_EQ(resultOf(program, 7), allowed);
 }
 
+TEST(FilterProgram, IsNoLongerForWhatHoldsNoMore)
+{
+    FilterProgram calls;
+    calls.fail({4}, EPERM);
+    FilterProgram changed;
+    changed.decide(4, {FilterProgram::failure(ENOSYS)});
+    changed.fail({4}, EPERM);
+    EXPECT_EQ(changed.assembled().size(), calls.assembled().size());
+
+    changed.decide(4, {FilterProgram::failure(EACCES)});
+    changed.fail({4}, EPERM);
+    EXPECT_EQ(changed.assembled().size(), calls.assembled().size());
+}
+
 // A comparison reaches 255 instructions.
 TEST(FilterProgram, MayBeLongerThanAComparisonReaches)
 {
