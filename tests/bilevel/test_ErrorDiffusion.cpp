@@ -28,7 +28,7 @@ TEST_P(Dithering, GivesWhatPaintingAndConvertingGive)
 {
     RandomImages random;
     for (int i = 0; i < 10000; ++i) {
-        const QImage image = random.picture(random.size({60, 45}), GetParam());
+        const QImage image = random.picture(random.size({36, 28}), GetParam());
         const QRect source = random.part(image.size());
         const QSize size = source.size() + QSize(random.number(0, 20), random.number(0, 20));
         const QPoint position(random.number(0, size.width() - source.width()),
