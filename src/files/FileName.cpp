@@ -1,7 +1,5 @@
 #include "files/FileName.h"
 
-#include <QByteArray>
-
 namespace {
 
 constexpr char byteOrderMark[] = "\xef\xbb\xbf";
@@ -11,5 +9,7 @@ constexpr char byteOrderMark[] = "\xef\xbb\xbf";
 QString FileName::fromUtf8(const std::string& bytes)
 {
     // Qt drops one mark in front of a text. This one instead of that of the name.
-    return QString::fromUtf8(QByteArray::fromStdString(byteOrderMark + bytes));
+    const std::string text = byteOrderMark + bytes;
+    // With its size: Qt 5 ends a QByteArray at the first null character.
+    return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
 }

@@ -44,4 +44,10 @@ TEST_P(FileNameBytes, AreDecoded)
 INSTANTIATE_TEST_SUITE_P(FileName, FileNameBytes, testing::ValuesIn(rows),
                          [](const auto& test) { return std::string{test.param.name}; });
 
+TEST(FileName, DoesNotEndAtANullCharacter)
+{
+    const QString decoded = FileName::fromUtf8(std::string("in\0.jpg", 7));
+    EXPECT_EQ(decoded, QStringView(u"in\0.jpg", 7).toString());
+}
+
 } // namespace
