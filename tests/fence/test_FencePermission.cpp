@@ -30,4 +30,15 @@ TEST(FencePermission, IsAskedForByAProcessThatEndsAtOnce)
     close(ends[0]);
 }
 
+TEST(FencePermission, IsRefusedWhereAskingEndsTheProcess)
+{
+    EXPECT_EQ(Attempts::statusOf([] {
+                  Attempts::Surroundings surroundings;
+                  surroundings.seccompError = Attempts::killed;
+                  Attempts::prepare(surroundings);
+                  return FencePermission::isGranted() ? 1 : 0;
+              }),
+              0);
+}
+
 } // namespace

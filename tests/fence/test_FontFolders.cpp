@@ -92,6 +92,13 @@ TEST_F(Fonts, OfAnElementOverTwoLinesAreReadable)
     EXPECT_FALSE(isReadable("/opt/none"));
 }
 
+TEST_F(Fonts, OfElementsThatBeginLikeThoseWithFoldersAreLeftOut)
+{
+    configure("<description>/opt/none</description><cachedir>/opt/cache</cachedir>");
+    EXPECT_TRUE(isReadable("/opt/cache"));
+    EXPECT_FALSE(isReadable("/opt/none"));
+}
+
 TEST_F(Fonts, OfAConfigurationInOneOfSeveralFoldersAreReadable)
 {
     m_folder.write("fonts.conf", "<dir>/opt/fonts</dir>");
@@ -150,7 +157,9 @@ TEST_F(Fonts, OfAnUnfinishedConfigurationAreLeftOut)
 TEST_F(Fonts, HaveTheirCacheWhereTheEnvironmentSays)
 {
     setenv("XDG_CACHE_HOME", "/opt/cache", 1);
+    configure("<dir>/opt/fonts</dir>");
     EXPECT_EQ(FontFolders::userCache(), "/opt/cache/fontconfig");
+    EXPECT_TRUE(isReadable("/opt/cache/fontconfig"));
 }
 
 } // namespace

@@ -22,9 +22,11 @@ protected:
 
     QString file() const { return m_folder.qPath(QStringLiteral("gs")); }
 
-    void writeScript() const
+    void writeScript() const { write("#!/bin/sh\n"); }
+
+    void write(const QByteArray& content) const
     {
-        m_folder.write("gs", "#!/bin/sh\n");
+        m_folder.write("gs", content);
         QFile::setPermissions(file(), QFile::ReadOwner | QFile::ExeOwner);
     }
 
@@ -63,6 +65,15 @@ TEST_F(Interpreter, ThatIsAScriptElsewhereIsAWrapper)
 TEST_F(Interpreter, ThatIsAScriptOfTheSystemIsAWrapper)
 {
     writeScript();
+    EXPECT_TRUE(find({QFileInfo(m_folder.qPath(QString())).canonicalFilePath()}).isWrapper());
+}
+
+TEST_F(Interpreter, ForAnotherKindOfMachineIsAWrapper)
+{
+    constexpr char class32 = 1;
+    write(QByteArray("\x7f"
+                     "ELF") +
+          class32 + QByteArray(100, '\0'));
     EXPECT_TRUE(find({QFileInfo(m_folder.qPath(QString())).canonicalFilePath()}).isWrapper());
 }
 

@@ -6,6 +6,8 @@
 #include "fence/Scene.h"
 #include "support/FakeGhostscript.h"
 
+#include <QDir>
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -13,6 +15,7 @@
 #include <memory>
 
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -209,6 +212,18 @@ TEST(ParentFence, OfAWrapperLeavesFilesProgramsAndSocketsAlone)
     EXPECT_FALSE(parent.succeeds("reachKernel", MORVALTIDE_CALL(__NR_bpf), newest));
 }
 
+TEST(ParentFence, OfAWrapperTakesNewPrivilegesAway)
+{
+    const Parent parent;
+    const FakeGhostscript wrapper{GhostscriptAnswer()};
+    EXPECT_EQ(Attempts::statusOf([&parent] {
+                  const ParentFence fence(InterpreterLocation(QStringLiteral("gs")),
+                                          parent.output());
+                  return prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0);
+              }),
+              1);
+}
+
 TEST(ParentFence, IsLeftOutWhereItWouldBeDeadly)
 {
     const Scene scene;
@@ -219,6 +234,20 @@ TEST(ParentFence, IsLeftOutWhereItWouldBeDeadly)
     surroundings.landlockError = 0;
     surroundings.seccompError = Attempts::killed;
     EXPECT_TRUE(parent.succeeds("useTcp", scene.argument("{port}"), newest, surroundings));
+}
+
+TEST(ParentFence, LetsItsTemporaryFolderGo)
+{
+    const Parent parent;
+    const TemporaryFolder place;
+    EXPECT_EQ(Attempts::statusOf([&] {
+                  qputenv("TMPDIR", QByteArray::fromStdString(place.path("")));
+                  const ParentFence fence(InterpreterLocation(QStringLiteral("gs")),
+                                          parent.output());
+                  return QDir(place.qPath(QString())).isEmpty() ? 1 : 0;
+              }),
+              0);
+    EXPECT_TRUE(QDir(place.qPath(QString())).isEmpty());
 }
 
 class MissingForParent : public testing::TestWithParam<int>

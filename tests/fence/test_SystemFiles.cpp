@@ -66,4 +66,17 @@ TEST(SystemFiles, HoldEachOfSeveralNamedFolders)
     unsetenv("GS_FONTPATH");
 }
 
+TEST(SystemFiles, HoldTheFontsOfTheHomeFolderAsLongAsItIsThat)
+{
+    const TemporaryFolder folder;
+    folder.write(".fonts", "");
+    const std::string fonts = folder.path("") + "/.fonts";
+    const std::string home = std::getenv("HOME") == nullptr ? "" : std::getenv("HOME");
+    EXPECT_FALSE(isReadable(fonts));
+    setenv("HOME", folder.path("").c_str(), 1);
+    EXPECT_TRUE(isReadable(fonts));
+    setenv("HOME", home.c_str(), 1);
+    EXPECT_FALSE(isReadable(fonts));
+}
+
 } // namespace

@@ -172,6 +172,15 @@ TEST(ChildProcess, SendsItsOutputToTheDescriptorItWasGiven)
     close(ends[0]);
 }
 
+TEST(ChildProcess, DoesNotStartWithADescriptorThatIsClosed)
+{
+    constexpr int closed = 1000000;
+    ChildProcess child(closed);
+    child.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("exit 7")});
+    EXPECT_TRUE(child.waitForFinished());
+    EXPECT_EQ(child.exitCode(), 1);
+}
+
 TEST(ChildProcess, HasTheChannelModeItWasGiven)
 {
     EXPECT_EQ(ChildProcess(QProcess::ForwardedChannels).processChannelMode(),

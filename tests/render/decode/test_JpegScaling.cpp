@@ -1,8 +1,11 @@
 #include "render/decode/JpegScaling.h"
 
 #include "support/SampleImages.h"
+#include "support/TemporaryFolder.h"
 
 #include <QImage>
+#include <QImageReader>
+#include <QString>
 
 #include <gtest/gtest.h>
 
@@ -62,5 +65,46 @@ TEST(JpegScaling, PadsNoSideBeyondTheLimitOfTheDecoder)
     EXPECT_TRUE(
         JpegScaling::padded(QByteArray::fromHex("ffd8ffc0000b080008ffd901011100")).isEmpty());
 }
+
+struct NameRow
+{
+    const char* name;
+    const char* file;
+    double pixelRatio;
+};
+
+const NameRow nameRows[] = {
+    {"NoMark", "picture.jpg", 1},
+    {"Two", "picture@2x.jpg", 2},
+    {"Nine", "picture@9x.jpg", 9},
+    {"NothingButTheMark", "@3x.jpg", 3},
+    {"One", "picture@1x.jpg", 1},
+    {"NoDigit", "picture@:x.jpg", 1},
+    {"AnotherSign", "picture#2x.jpg", 1},
+    {"AnotherLetter", "picture@2y.jpg", 1},
+    {"TooShort", "2x.jpg", 1},
+};
+
+class JpegPixelRatio : public testing::TestWithParam<NameRow>
+{
+};
+
+// Nothing is padded where the picture is decoded whole: Qt decides there.
+TEST_P(JpegPixelRatio, OfAReducedPictureIsThatOfAWholeOne)
+{
+    const TemporaryFolder folder;
+    const std::string name =
+        folder.write(GetParam().file, SampleImages::jpegFile(SampleImages::quarters({80, 40})));
+    for (const QSize& wanted : {QSize(40, 20), QSize(80, 40)}) {
+        QImageReader reader(QString::fromStdString(name));
+        QImage image;
+        ASSERT_TRUE(JpegScaling::read(reader, wanted, image));
+        EXPECT_EQ(image.size(), wanted);
+        EXPECT_EQ(image.devicePixelRatio(), GetParam().pixelRatio) << wanted.width();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(JpegScaling, JpegPixelRatio, testing::ValuesIn(nameRows),
+                         [](const auto& test) { return std::string{test.param.name}; });
 
 } // namespace

@@ -99,4 +99,18 @@ TEST(PictureDecoder, FailsForAJpegWithADamagedHeader)
     }
 }
 
+TEST(PictureDecoder, LeavesTheReaderAsItWas)
+{
+    QByteArray bytes = SampleImages::pngFile(SampleImages::quarters({40, 20}));
+    QBuffer device(&bytes);
+    ASSERT_TRUE(device.open(QIODevice::ReadOnly));
+    QImageReader reader(&device);
+    reader.setScaledSize({20, 10});
+    reader.setAutoTransform(true);
+    QImage image;
+    ASSERT_TRUE(PictureDecoder::read(reader, image));
+    EXPECT_EQ(reader.scaledSize(), QSize(20, 10));
+    EXPECT_TRUE(reader.autoTransform());
+}
+
 } // namespace

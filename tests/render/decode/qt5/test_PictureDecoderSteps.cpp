@@ -54,6 +54,7 @@ TEST_P(PictureDecoderSteps, LeadToThePictureOfTheReader)
         reader.setScaledSize(size);
         QImage image;
         const bool isRead = PictureDecoder::readInSteps(reader, image);
+        EXPECT_EQ(reader.scaledSize(), size);
 
         QBuffer otherDevice(&bytes);
         ASSERT_TRUE(otherDevice.open(QIODevice::ReadOnly));
