@@ -51,16 +51,15 @@ protected:
     void SetUp() override
     {
         folder().write("cover.html", "<html><body><h1>Cover</h1><b>bold</b><hr></body></html>");
-        folder().write("inDesktopSettings2x.png",
-                       SampleImages::pngFile(SampleImages::quarters({64, 48})));
+        folder().write("in@2x.png", SampleImages::pngFile(SampleImages::quarters({64, 48})));
         folder().write("in.jpg", SampleImages::jpegFile(SampleImages::quarters({64, 48})));
         folder().write("in.pdf", SamplePdf::equalPages(1));
     }
 
     ProgramStart conversion(const std::string& output, const Settings& settings) const
     {
-        ProgramStart conversion = start({"-r", "standard", "-C", "cover.html", "-o", output,
-                                         "inDesktopSettings2x.png", "in.jpg"});
+        ProgramStart conversion =
+            start({"-r", "standard", "-C", "cover.html", "-o", output, "in@2x.png", "in.jpg"});
         // What the desktop of whoever runs the tests says must not matter.
         for (const char* name : {"QT_QPA_PLATFORMTHEME", "QT_IM_MODULE", "XDG_CURRENT_DESKTOP"}) {
             conversion.environment[name] = std::nullopt;
