@@ -69,6 +69,7 @@ checkPackages=(
     clang-format-19
     clang-tidy-19
     libclang-rt-19-dev # the sanitizers
+    lld-19
     lintian
     shellcheck
 )
