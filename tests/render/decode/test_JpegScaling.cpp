@@ -3,12 +3,14 @@
 #include "support/SampleImages.h"
 #include "support/TemporaryFolder.h"
 
+#include <QBuffer>
 #include <QImage>
 #include <QImageReader>
 #include <QString>
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 
 namespace {
@@ -106,5 +108,34 @@ TEST_P(JpegPixelRatio, OfAReducedPictureIsThatOfAWholeOne)
 
 INSTANTIATE_TEST_SUITE_P(JpegScaling, JpegPixelRatio, testing::ValuesIn(nameRows),
                          [](const auto& test) { return std::string{test.param.name}; });
+
+// Noise, so that what an encoder puts behind the edges shows in the colours before
+// them. Colours have half of the size, and the last column is the first of two.
+QByteArray noisyJpegFile(const QSize& size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    std::minstd_rand random;
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            image.setPixel(x, y, static_cast<QRgb>(random()) | 0xFF000000U);
+        }
+    }
+    QByteArray file;
+    QBuffer buffer(&file);
+    EXPECT_TRUE(image.save(&buffer, "jpeg", 30));
+    return file;
+}
+
+TEST(JpegScaling, LeavesAPictureThatIsDecodedWholeToQt)
+{
+    const QByteArray file = noisyJpegFile({42, 18});
+    QByteArray copy = file;
+    QBuffer buffer(&copy);
+    QImageReader reader(&buffer, "jpeg");
+    QImage image;
+    ASSERT_TRUE(JpegScaling::read(reader, {42, 18}, image));
+    EXPECT_EQ(image, QImage::fromData(file, "jpeg"));
+    EXPECT_NE(image, QImage::fromData(JpegScaling::padded(file), "jpeg").copy(0, 0, 42, 18));
+}
 
 } // namespace
