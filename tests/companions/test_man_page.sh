@@ -21,5 +21,5 @@ text=$(LC_ALL=C.UTF-8 MANWIDTH=80 man -E ASCII -l "$page" | col -b)
 options=$("$sources/companions/$companion" --help | grep -oE '(^|[ ,])--?[a-zA-Z][a-z-]*' | tr -d ' ,' | sort -u)
 (($(wc -l <<<"$options") >= 4)) || fail "--help has no options: $options"
 while read -r option; do
-    grep -qE -- "(^|[ ,])$option([ ,.)]|$)" <<<"$text" || fail "the page does not explain $option"
+    grep -qE -- "(^|[ ,])$option([ ,.:)]|$)" <<<"$text" || fail "the page does not explain $option"
 done <<<"$options"
