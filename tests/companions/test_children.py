@@ -8,6 +8,7 @@ import time
 import unittest
 
 import support
+from processes import is_alive
 
 # Makes the signal arrive where it does most harm: the child runs, but nobody has
 # got hold of it yet.
@@ -46,14 +47,6 @@ print(children.run(["sleep", "600"], 0.1), flush=True)
 print(children.run(["sh", "-c", "kill -KILL $$"], 60), flush=True)
 print(signal.pthread_sigmask(signal.SIG_BLOCK, ()) == {signal.SIGUSR1})
 """
-
-
-def is_alive(process):
-    try:
-        text = pathlib.Path(f"/proc/{process}/stat").read_text(encoding="ascii")
-    except OSError:
-        return False
-    return text.rpartition(")")[2].split()[0] != "Z"
 
 
 class Children(support.Case):

@@ -63,6 +63,11 @@ class CompanionTest(unittest.TestCase):
         (self.folder / "tmp").mkdir()
         self.addCleanup(os.environ.pop, "TMPDIR")
 
+    def search(self, path):
+        """Sets the search path until the test ends."""
+        self.addCleanup(os.environ.__setitem__, "PATH", os.environ["PATH"])
+        os.environ["PATH"] = path
+
     def prepare(self, *arguments, out="out"):
         """Runs morvaltide-prepare without expecting anything."""
         options = [word for word in arguments if str(word).startswith("-")]

@@ -18,6 +18,7 @@ support.need("gs", "qpdf", "paps", "tiffcp", support.MAGICK)
 sys.path.insert(0, str(support.SOURCES / "companions"))
 from morvaltide_prepare import geometry, tools  # noqa: E402
 from morvaltide_prepare.failure import Failure  # noqa: E402
+from processes import is_alive  # noqa: E402
 
 
 def small_pdf(path):
@@ -90,7 +91,7 @@ class Folder(support.CompanionTest):
                 self.assertEqual(child.wait(60), -number)
                 self.assertFalse(os.path.exists("out"))
                 self.assertEqual(list(pathlib.Path("tmp").iterdir()), [])
-                self.assertFalse(self.is_alive(int(pathlib.Path("started").read_text(encoding="ascii"))))
+                self.assertFalse(is_alive(int(pathlib.Path("started").read_text(encoding="ascii"))))
                 os.remove("started")
 
     def test_kill_leaves_complete_files_only(self):
@@ -123,20 +124,11 @@ class Folder(support.CompanionTest):
             f"#!/bin/sh\necho $$ >{self.folder}/part\nmv {self.folder}/part {self.folder}/started\nexec sleep 100\n",
             encoding="ascii")
         os.chmod(f"bin/{name}", stat.S_IRWXU)
-        before = os.environ["PATH"]
-        os.environ["PATH"] = f"{self.folder}/bin:{before}"
-        self.addCleanup(os.environ.__setitem__, "PATH", before)
+        self.search(f"{self.folder}/bin:{os.environ['PATH']}")
 
     def wait_for(self, path):
         while not os.path.exists(path):
             time.sleep(0.01)
-
-    def is_alive(self, process):
-        try:
-            text = pathlib.Path(f"/proc/{process}/stat").read_text(encoding="ascii")
-        except OSError:
-            return False
-        return text.rpartition(")")[2].split()[0] != "Z"
 
     def test_kill_takes_the_tools_along(self):
         self.slow_tool("qpdf")
@@ -146,7 +138,7 @@ class Folder(support.CompanionTest):
         child.kill()
         child.wait()
         process = int(pathlib.Path("started").read_text(encoding="ascii"))
-        while self.is_alive(process):
+        while is_alive(process):
             time.sleep(0.01)
         self.assertEqual(os.listdir("out"), [])
 
@@ -157,7 +149,7 @@ class Folder(support.CompanionTest):
         self.addCleanup(setattr, tools, "TIME_LIMIT", limit)
         with self.assertRaisesRegex(Failure, "qpdf was stopped after 1 seconds"):
             tools.run([f"{self.folder}/bin/qpdf"], str(self.folder))
-        self.assertFalse(self.is_alive(int(pathlib.Path("started").read_text(encoding="ascii"))))
+        self.assertFalse(is_alive(int(pathlib.Path("started").read_text(encoding="ascii"))))
 
 
 class Names(support.CompanionTest):
@@ -296,9 +288,7 @@ class Tools(support.CompanionTest):
         os.mkdir("bin")
         for tool in tools_left:
             os.symlink(support.shutil.which(tool), f"bin/{tool}")
-        before = os.environ["PATH"]
-        os.environ["PATH"] = f"{self.folder}/bin"
-        self.addCleanup(os.environ.__setitem__, "PATH", before)
+        self.search(f"{self.folder}/bin")
 
     def test_each_missing_one_is_named_with_its_package(self):
         small_pdf("a.pdf")

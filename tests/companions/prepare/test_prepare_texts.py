@@ -185,9 +185,7 @@ class Office(support.CompanionTest):
         for name in ("libreoffice", "soffice"):
             pathlib.Path("bin", name).write_text(script, encoding="ascii")
             os.chmod(f"bin/{name}", stat.S_IRWXU)
-        before = os.environ["PATH"]
-        os.environ["PATH"] = f"{self.folder}/bin:{before}"
-        self.addCleanup(os.environ.__setitem__, "PATH", before)
+        self.search(f"{self.folder}/bin:{os.environ['PATH']}")
 
     def documents(self):
         with zipfile.ZipFile("docx", "w") as archive:
