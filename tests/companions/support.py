@@ -1,7 +1,7 @@
 """What the tests of the companion programs share.
 
 The environment names the converter (MORVALTIDE) and the top folder of the
-sources (SOURCES). Without a morvaltide-prepare a stand-in takes its place.
+sources (SOURCES).
 """
 
 import os
@@ -21,26 +21,6 @@ sys.path.insert(0, COMPANIONS)
 
 import fax_pages  # noqa: E402
 from morvaltide_companions import layout, tiff  # noqa: E402
-
-_PREPARE = """#!/bin/sh
-# Takes what the converter takes, by content, and nothing else.
-while :; do
-    case $1 in
-        -p | -r | -m) shift 2 ;;
-        -*) shift ;;
-        *) break ;;
-    esac
-done
-mkdir -p "$1"
-case $(head -c 4 "$2" | od -An -c | tr -d ' ') in
-    %PDF) suffix=pdf ;;
-    '211PNG') suffix=png ;;
-    '377330377'*) suffix=jpg ;;
-    'II*\\0') suffix=tif ;;
-    *) echo "morvaltide-prepare: can't prepare '$2': it is of no known type" >&2; exit 1 ;;
-esac
-cp "$2" "$1/0001.$suffix"
-"""
 
 
 def need(program, package):
@@ -79,8 +59,6 @@ class Case(unittest.TestCase):
         self.bin = self.path("bin")
         os.mkdir(self.bin)
         os.mkdir(self.path("tmp"))
-        if not os.path.exists(os.path.join(COMPANIONS, "morvaltide-prepare")):
-            script(os.path.join(self.bin, "morvaltide-prepare"), _PREPARE)
         folders = [self.bin, os.path.dirname(CONVERTER), os.environ["PATH"]]
         # The C locale, as mail servers have it.
         self.environment = {
