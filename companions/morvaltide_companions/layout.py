@@ -14,8 +14,9 @@ import unicodedata
 from morvaltide_companions import tiff, tools
 
 MARGIN_INCHES = 0.625
-# Qt lays a page out at 96 dots per inch.
-_MARGIN = int(MARGIN_INCHES * 96)
+# Beside and above the text, a little less than that: a page is laid out at 100 dots
+# per inch.
+_MARGIN = 60
 # So many letters of the fixed-width font fit between the margins.
 COLUMNS = 84
 # More lines than the longest paper takes, so that a page is always filled.
