@@ -110,7 +110,8 @@ INSTANTIATE_TEST_SUITE_P(JpegScaling, JpegPixelRatio, testing::ValuesIn(nameRows
                          [](const auto& test) { return std::string{test.param.name}; });
 
 // Noise, so that what an encoder puts behind the edges shows in the colours before
-// them. Colours have half of the size, and the last column is the first of two.
+// them: these have half of the size, and of an even number of columns the last one
+// takes a part of its colour from the pair behind it.
 QByteArray noisyJpegFile(const QSize& size)
 {
     QImage image(size, QImage::Format_RGB32);
