@@ -23,7 +23,7 @@ elseif(MORVALTIDE_QT EQUAL 6)
 else()
   message(FATAL_ERROR "MORVALTIDE_QT is 5 or 6, not '${MORVALTIDE_QT}'.")
 endif()
-morvaltide_find(Boost "libboost-dev;libboost-program-options-dev" 1.53 CONFIG
+morvaltide_find(Boost "libboost-dev;libboost-program-options-dev" 1.70 CONFIG
   COMPONENTS program_options)
 morvaltide_find(fmt libfmt-dev 6)
 morvaltide_find(TIFF libtiff-dev)
