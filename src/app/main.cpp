@@ -1,4 +1,5 @@
 #include "app/FaxWriter.h"
+#include "app/FontSetup.h"
 #include "app/QtEnvironment.h"
 #include "app/StandardStreams.h"
 #include "options/OptionsApplicationExit.h"
@@ -56,6 +57,7 @@ int main(int argc, char** argv)
         char* qtArguments[] = {name, nullptr};
         int qtArgumentCount = 1;
         const QGuiApplication application(qtArgumentCount, qtArguments);
+        FontSetup::complete();
         Platform::complete();
 
         FaxWriter writer(configurationFrom(options));

@@ -3,6 +3,8 @@
 #include "support/SampleImages.h"
 #include "support/SamplePdf.h"
 
+#include <QDir>
+
 namespace {
 
 using Environment = std::map<std::string, std::optional<std::string>>;
@@ -130,6 +132,39 @@ TEST_F(NameInLocaleC, IsShownByteForByteInTheMessage)
 {
     EXPECT_TRUE(isFailure(runProgram(inLocaleC({"-o", "out.tif", "\xd1\x84\xc3\xa9.png"})),
                           "can't write page file '\xd1\x84\xc3\xa9.png', file not found\n"));
+}
+
+// As on a machine whose cache is older than its fonts, for a user without a home folder.
+TEST_F(EnvironmentTest, FontsWithoutAPlaceForTheirCacheAreNoRemark)
+{
+    folder().write("fonts.conf", "<fontconfig><dir>/usr/share/fonts/truetype</dir>"
+                                 "<cachedir>/proc/none</cachedir></fontconfig>");
+    const std::string fonts = folder().path("fonts.conf");
+    ASSERT_TRUE(isSilentSuccess(runProgram(conversion("out.tif", {{"FONTCONFIG_FILE", fonts}}))));
+    EXPECT_EQ(pages().size(), 3U);
+}
+
+TEST_F(EnvironmentTest, OtherRemarksOnFontsAreShown)
+{
+    folder().write("fonts.conf", "<fontconfig><nonsense/></fontconfig>");
+    const std::string fonts = folder().path("fonts.conf");
+    const ProgramResult result = runProgram(conversion("out.tif", {{"FONTCONFIG_FILE", fonts}}));
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.output, "");
+    EXPECT_NE(result.error.find("nonsense"), std::string::npos) << result.error;
+}
+
+// Behind the fence it could not be made any more.
+TEST_F(EnvironmentTest, FontsGetTheirCacheInAHomeFolderThatHasNone)
+{
+    const std::string home = folder().path("home");
+    folder().write("fonts.conf", "<fontconfig><dir>/usr/share/fonts/truetype</dir>"
+                                 "<cachedir prefix='xdg'>fontconfig</cachedir></fontconfig>");
+    ASSERT_TRUE(isSilentSuccess(
+        runProgram(conversion("out.tif", {{"FONTCONFIG_FILE", folder().path("fonts.conf")},
+                                          {"HOME", home},
+                                          {"XDG_CACHE_HOME", std::nullopt}}))));
+    EXPECT_FALSE(QDir(folder().qPath(QStringLiteral("home/.cache/fontconfig"))).isEmpty());
 }
 
 } // namespace
