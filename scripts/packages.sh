@@ -74,6 +74,12 @@ checkPackages=(
     shellcheck
 )
 
+coveragePackages=(
+    clang-19
+    libclang-rt-19-dev
+    llvm-19
+)
+
 benchPackages=(
     gnuplot-nox
     graphicsmagick

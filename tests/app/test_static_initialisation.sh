@@ -49,8 +49,9 @@ if ! grep -q '^FileFormatDatabase.cpp ' <<<"$initialisers"; then
 fi
 
 # The streams of the standard library, and the constants of Boost, which are empty.
-# Guards and unwinding are means: what is guarded is named as well.
-if others=$(grep -v '^FileFormatDatabase.cpp ' <<<"$initialisers" |
+# Guards and unwinding are means: what is guarded is named as well. A build for coverage
+# maps the file of its counters there.
+if others=$(grep -vE '^(FileFormatDatabase|InstrProfilingRuntime)\.cpp ' <<<"$initialisers" |
     grep -vE ' (_ZNSt8ios_base4Init[CD]1Ev|_ZStL8__ioinit|__dso_handle|__cxa_atexit)$' |
     grep -vE ' (__cxa_guard_(acquire|release|abort)|_Unwind_Resume)$' |
     grep -vE ' (_Z|_ZGV)N5boost(4none|6none_t|11optional_ns)'); then
