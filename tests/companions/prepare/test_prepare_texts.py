@@ -82,7 +82,8 @@ class Text(support.CompanionTest):
         for line in ("word " * 500, "x" * 2500):
             page, part = self.pages_of(line.encode() + b"\n", line[:50].encode() + b"\n")
             times = len(line) / 50
-            self.assertAlmostEqual(page.darkness(0, 0, 1, 1) / part.darkness(0, 0, 1, 1), times, delta=times / 20)
+            # Each line lies differently between the rows of dots.
+            self.assertAlmostEqual(page.darkness(0, 0, 1, 1) / part.darkness(0, 0, 1, 1), times, delta=times / 10)
 
     def test_margins_that_machines_print(self):
         left, top, right, bottom = self.pages_of(b"x" * 9000, options=())[0].box()
