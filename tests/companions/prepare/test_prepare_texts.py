@@ -80,10 +80,10 @@ class Text(support.CompanionTest):
 
     def test_long_lines_are_wrapped_with_all_their_words(self):
         for line in ("word " * 500, "x" * 2500):
-            page, part = self.pages_of(line.encode() + b"\n", line[:50].encode() + b"\n")
+            # At a resolution at which it matters little how a line lies between the rows of dots.
+            page, part = self.pages_of(line.encode() + b"\n", line[:50].encode() + b"\n", options=["-rsuperfine"])
             times = len(line) / 50
-            # Each line lies differently between the rows of dots.
-            self.assertAlmostEqual(page.darkness(0, 0, 1, 1) / part.darkness(0, 0, 1, 1), times, delta=times / 10)
+            self.assertAlmostEqual(page.darkness(0, 0, 1, 1) / part.darkness(0, 0, 1, 1), times, delta=times / 20)
 
     def test_margins_that_machines_print(self):
         left, top, right, bottom = self.pages_of(b"x" * 9000, options=())[0].box()
