@@ -134,36 +134,39 @@ TEST_F(NameInLocaleC, IsShownByteForByteInTheMessage)
                           "can't write page file '\xd1\x84\xc3\xa9.png', file not found\n"));
 }
 
-// As on a machine whose cache is older than its fonts, for a user without a home folder.
-TEST_F(EnvironmentTest, FontsWithoutAPlaceForTheirCacheAreNoRemark)
+class FontConfiguration : public EnvironmentTest
 {
-    folder().write("fonts.conf", "<fontconfig><dir>/usr/share/fonts/truetype</dir>"
-                                 "<cachedir>/proc/none</cachedir></fontconfig>");
-    const std::string fonts = folder().path("fonts.conf");
-    ASSERT_TRUE(isSilentSuccess(runProgram(conversion("out.tif", {{"FONTCONFIG_FILE", fonts}}))));
+protected:
+    ProgramResult runWith(const QByteArray& elements, Environment changes = {}) const
+    {
+        folder().write("fonts.conf", "<fontconfig>" + elements + "</fontconfig>");
+        changes["FONTCONFIG_FILE"] = folder().path("fonts.conf");
+        return runProgram(conversion("out.tif", changes));
+    }
+};
+
+// As on a machine whose cache is older than its fonts, for a user without a home folder.
+TEST_F(FontConfiguration, WithoutAPlaceForTheCacheIsNoRemark)
+{
+    ASSERT_TRUE(isSilentSuccess(
+        runWith("<dir>/usr/share/fonts/truetype</dir><cachedir>/proc/none</cachedir>")));
     EXPECT_EQ(pages().size(), 3U);
 }
 
-TEST_F(EnvironmentTest, OtherRemarksOnFontsAreShown)
+TEST_F(FontConfiguration, IsShownWithOtherRemarks)
 {
-    folder().write("fonts.conf", "<fontconfig><nonsense/></fontconfig>");
-    const std::string fonts = folder().path("fonts.conf");
-    const ProgramResult result = runProgram(conversion("out.tif", {{"FONTCONFIG_FILE", fonts}}));
+    const ProgramResult result = runWith("<nonsense/>");
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_EQ(result.output, "");
     EXPECT_NE(result.error.find("nonsense"), std::string::npos) << result.error;
 }
 
 // Behind the fence it could not be made any more.
-TEST_F(EnvironmentTest, FontsGetTheirCacheInAHomeFolderThatHasNone)
+TEST_F(FontConfiguration, GetsItsCacheInAHomeFolderThatHasNone)
 {
-    const std::string home = folder().path("home");
-    folder().write("fonts.conf", "<fontconfig><dir>/usr/share/fonts/truetype</dir>"
-                                 "<cachedir prefix='xdg'>fontconfig</cachedir></fontconfig>");
     ASSERT_TRUE(isSilentSuccess(
-        runProgram(conversion("out.tif", {{"FONTCONFIG_FILE", folder().path("fonts.conf")},
-                                          {"HOME", home},
-                                          {"XDG_CACHE_HOME", std::nullopt}}))));
+        runWith("<dir>/usr/share/fonts/truetype</dir><cachedir prefix='xdg'>fontconfig</cachedir>",
+                {{"HOME", folder().path("home")}, {"XDG_CACHE_HOME", std::nullopt}})));
     EXPECT_FALSE(QDir(folder().qPath(QStringLiteral("home/.cache/fontconfig"))).isEmpty());
 }
 
