@@ -77,6 +77,7 @@ checkPackages=(
 coveragePackages=(
     clang-19
     libclang-rt-19-dev
+    lld-19
     llvm-19
 )
 
